@@ -1,0 +1,259 @@
+#include "app/appmodel.h"
+
+#include "util/dates.h"
+#include "util/files.h"
+#include "util/text.h"
+
+#include <QDir>
+
+namespace quendle {
+
+namespace {
+// Placeholder intervals: these timers wait for their owners to set a fire date.
+constexpr double kNever = 6000000000000000.0;
+constexpr double kNeverShort = 600000000.0;
+constexpr double kOneYear = 31536000.0;
+}
+
+AppModel::AppModel(Platform& platform, Options options)
+    : platform_(platform), options_(options), folders_(platform.homeDir)
+{
+    timetable_ = std::make_unique<Timetable>(folders_, false);
+    journey_ = std::make_unique<Journey>(*timetable_, *platform_.clock, *platform_.timers, *this, view_);
+}
+
+AppModel::~AppModel() = default;
+
+void AppModel::initWithFrame()
+{
+    if (amizorb())
+        lumbuildfold();
+    setupstuff();
+    calctripoptimizelater();
+    refreshdisplay();
+}
+
+void AppModel::awakeFromNib()
+{
+    if (!platform_.session)
+        return;
+    SessionHandlers h;
+    h.willSleep = [this] { makeSleep(); };
+    h.didWake = [this] { makeWake(); };
+    h.becameActive = [this] { gainfocusfunc(); };
+    h.resignedActive = [this] { losefocus(); };
+    platform_.session->setHandlers(std::move(h));
+}
+
+void AppModel::setupstuff()
+{
+    hidedockicon();
+    setdebugstat();
+    // The first update check must find the last one long overdue.
+    mylastupdateray = {adddaystodate(now(), -165)};
+    Journey& j = *journey_;
+    j.myservsmultid.clear();
+    j.mytraveltimes.clear();
+    j.mytraveltimesint.clear();
+    j.myremaintimes.clear();
+    j.myfuturetimes.clear();
+    j.stickyindexes.clear();
+    j.myjournstr = QStringList{QStringLiteral("Bondi Junction"), QStringLiteral("Edgecliff")};
+
+    Timetable& tt = *timetable_;
+    tt.setuptables();
+    tt.setuplinesmultitable();
+    tt.setupstnsmute();
+    tt.rewritelinesmutewithstnnums();
+    j.setupstnconnections(platform_.appDataDir + "/stationconnections.txt");
+    loaddefaultsifappcrashed();
+    setuptimers();
+    setwindowsize();
+    askrunatlogin();
+}
+
+void AppModel::setuptimers()
+{
+    Timers& t = *platform_.timers;
+    // Left running unreferenced on purpose: the remaining times are refreshed from two timers.
+    t.schedule(60, true, [this] { calcremaintimr(); });
+    painttimer = t.schedule(kNever, true, [this] { painttimerfunc(); });
+    scrolltexttimer = t.schedule(kNever, true, [] {});
+    updatetimer = t.schedule(kNever, true, [this] { updatetimerfunc(); });
+    myactualindextimer = t.schedule(kNever, true, [this] { journey_->autoscrollactualindexfunc(); });
+    autoscrolltimer = t.schedule(kNever, true, [this] { journey_->autoscrollfunc(); });
+    calcremmytimer = t.schedule(60, true, [this] { calcremaintimr(); });
+    zoomintimer = t.schedule(kNeverShort, true, [this] { zoominfunc(); });
+    fivesecsafterlaunchtimer = t.schedule(7, false, [this] { fivesecafterlaunchfunc(); });
+    getmoreservstimer = t.schedule(86400, true, [this] { garbagecleanup(); });
+
+    TimelineTimers& tl = journey_->timers;
+    tl.autoscrolltimer = autoscrolltimer;
+    tl.myactualindextimer = myactualindextimer;
+    tl.calcremmytimer = calcremmytimer;
+    tl.getmoreservstimer = getmoreservstimer;
+    journey_->setactualindextimer();
+}
+
+void AppModel::calcremaintimr() { journey_->calcremaintimr(); }
+
+void AppModel::fivesecafterlaunchfunc() { redisplay(); }
+
+void AppModel::garbagecleanup() { calctripoptimizelater(); }
+
+void AppModel::zoominfunc()
+{
+    view_.zoomed = 1;
+    journey_->calcremaintimes();
+    platform_.timers->setFireDate(zoomintimer, now().plusSeconds(kOneYear));
+    writeprefs();
+    redisplay();
+}
+
+void AppModel::painttimerfunc()
+{
+    numtopaint += 1;
+    redisplay();
+    if (numtopaint > stopsonthistrip) {
+        platform_.timers->invalidate(painttimer);
+        painttimer = kNoTimer;
+    }
+}
+
+void AppModel::updatetimerfunc() { runupdatesincelaunch = 1; }
+
+void AppModel::wakefromsleep()
+{
+    Journey& j = *journey_;
+    j.autoscrollactualindexfunc();
+    j.needleontherecord = 1;
+    j.setviewindexestocurrent();
+    writeprefs();
+    refreshdisplay();
+    j.setviewforwardtimer();
+}
+
+void AppModel::gainfocusfunc()
+{
+    view_.imfocusd = 1;
+    refreshdisplay();
+    if (platform_.timers->isValid(scrolltexttimer)) {
+        platform_.timers->invalidate(scrolltexttimer);
+        scrolltexttimer = kNoTimer;
+    }
+}
+
+void AppModel::losefocus()
+{
+    view_.imfocusd = 0;
+    view_.textscroll = 0;
+    zoominfunc();   // the strip zooms back in at once
+    platform_.timers->invalidate(scrolltexttimer);
+    scrolltexttimer = kNoTimer;
+}
+
+void AppModel::bringtofront()
+{
+    if (platform_.window)
+        platform_.window->activate();
+    if (view_.imfocusd)
+        losefocus();
+    else
+        gainfocusfunc();
+}
+
+void AppModel::quitapp()
+{
+    writefile(QStringLiteral("zb"), folders_.getprefsfold(), QStringLiteral("succquit.txt"));
+    if (platform_.window)
+        platform_.window->quit();
+}
+
+void AppModel::hidedockicon()
+{
+    if (platform_.window)
+        platform_.window->hideFromTaskbar();
+}
+
+void AppModel::askrunatlogin()
+{
+    DefaultsStore* d = platform_.defaults;
+    if (!d)
+        return;
+    if (intvalue(d->stringForKey(QStringLiteral("runinitialsetup"))) != 1)
+        setLaunchOnLogin(true);
+    d->setString(QStringLiteral("runinitialsetup"), QStringLiteral("1"));
+    d->synchronize();
+}
+
+bool AppModel::launchOnLogin() const
+{
+    return platform_.loginItems && platform_.loginItems->launchOnLogin();
+}
+
+void AppModel::setLaunchOnLogin(bool on)
+{
+    if (platform_.loginItems)
+        platform_.loginItems->setLaunchOnLogin(on);
+}
+
+bool AppModel::amizorb() const { return lumexist(folders_.publishermarker()); }
+
+void AppModel::lumbuildfold()
+{
+    const QString target = folders_.publisherbuildfold();
+    lumdelete(target, folders_.getprefsfold(), true);
+    if (!platform_.executablePath.isEmpty())
+        lumcopy(platform_.executablePath, target);
+}
+
+bool AppModel::lummakedir(const QString& path) { return quendle::lummakedir(path); }
+
+void AppModel::setwindowsize()
+{
+    if (platform_.window)
+        platform_.window->setFrame(Rect{0, 0, 700, 200}, true);
+}
+
+void AppModel::refreshdisplay()
+{
+    redisplay();
+    if (platform_.window && !journey_->myjournstr.isEmpty()) {
+        journey_->calcremstr();
+        platform_.window->setStatus(journey_->myjournstr.front() + journey_->remstr,
+                                    QStringLiteral("sydtrainsiconn"));
+    }
+}
+
+void AppModel::redisplay()
+{
+    if (platform_.window)
+        platform_.window->redisplay();
+}
+
+void AppModel::writeprefs()
+{
+    if (!options_.saveState)
+        return;
+}
+
+void AppModel::calctripoptimizelater()
+{
+    Journey& j = *journey_;
+    logdebug(QStringLiteral("begcalctrip"));
+    j.getlinematchesforwholejourn();
+    j.insertzandrelifnecc();
+    j.recalcservices();
+    j.setmyconnectingservs();
+    j.setviewindexestocurrent();
+    j.calcremaintimr();
+    calccurrentdisplay();
+    j.calctraveltimes();
+    j.setviewforwardtimer();
+    j.setgetmoreservstimer();
+    j.setactualindextimer();
+    writeprefs();
+    logdebug(QStringLiteral("endcalctrip"));
+}
+
+} // namespace quendle

@@ -1,0 +1,111 @@
+#pragma once
+// The application model: owns every module, runs the start-up sequence and the
+// full recalculation of the journey, owns the timers and answers the modules'
+// upward calls (redraw, save, recalculate). Both front ends drive one of these.
+
+#include "journey/journey.h"
+#include "platform/host.h"
+#include "platform/platform.h"
+#include "timetable/timetable.h"
+#include "util/folders.h"
+#include "util/viewstate.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace quendle {
+
+class AppModel : public Host {
+public:
+    struct Options {
+        bool saveState = true;   // false: nothing the user owns is written (terminal runs)
+    };
+
+    AppModel(Platform& platform, Options options);
+    ~AppModel() override;
+
+    // Construction of the view: the whole start-up, then the first recalculation.
+    void initWithFrame();
+    // Registration for sleep, wake, activation and resignation.
+    void awakeFromNib();
+
+    void setupstuff();
+    void setuptimers();
+
+    // Timer callbacks and the reactions owned here.
+    void calcremaintimr();
+    void fivesecafterlaunchfunc();
+    void garbagecleanup();
+    void zoominfunc();
+    void painttimerfunc();
+    void updatetimerfunc();
+    void makeSleep() {}
+    void makeWake() { wakefromsleep(); }
+    void wakefromsleep();
+    void gainfocusfunc();
+    void losefocus();
+    void bringtofront();
+    void quitapp();
+    void loaddefaultsifappcrashed() {}
+    void hidedockicon();
+    void askrunatlogin();
+    bool launchOnLogin() const;
+    void setLaunchOnLogin(bool on);
+    void setdebugstat() { lumdebug = 0; }
+    static bool checkmydebug() { return false; }
+    static void logdebug(const QString&) {}
+    bool amizorb() const;
+    void lumbuildfold();
+    static bool lummakedir(const QString& path);
+    void setwindowsize();
+
+    // Host
+    void refreshdisplay() override;
+    void redisplay() override;
+    void writeprefs() override;
+    void calctripoptimizelater() override;
+    void calccurrentdisplay() override {}
+    void drawnewmappoints() override {}
+    void addminstoalarm(int) override {}
+
+    Date now() const { return platform_.clock->now(); }
+    const Folders& folders() const { return folders_; }
+    Timetable& timetable() { return *timetable_; }
+    Journey& journey() { return *journey_; }
+    const Journey& journey() const { return *journey_; }
+    ViewState& view() { return view_; }
+    Platform& platform() { return platform_; }
+
+    // Timers (held) and flags owned here.
+    TimerId updatetimer = kNoTimer;
+    TimerId autoscrolltimer = kNoTimer;
+    TimerId calcremmytimer = kNoTimer;
+    TimerId myactualindextimer = kNoTimer;
+    TimerId zoomintimer = kNoTimer;
+    TimerId fivesecsafterlaunchtimer = kNoTimer;
+    TimerId getmoreservstimer = kNoTimer;
+    TimerId nextservtimer = kNoTimer;
+    TimerId mouseTimer = kNoTimer;
+    TimerId timer = kNoTimer;
+    TimerId painttimer = kNoTimer;
+    TimerId animatetimer = kNoTimer;
+    TimerId scrolltexttimer = kNoTimer;
+    int lumdebug = 1;
+    int lumdebugfix = 0;
+    int runupdatesincelaunch = 0;
+    int checkforupdates = 1;
+    std::vector<Date> mylastupdateray;
+    int numtopaint = 1111;
+    int stopsonthistrip = 1111;
+
+private:
+    Platform& platform_;
+    Options options_;
+    Folders folders_;
+    ViewState view_;
+    std::unique_ptr<Timetable> timetable_;
+    std::unique_ptr<Journey> journey_;
+};
+
+} // namespace quendle

@@ -1,0 +1,68 @@
+#pragma once
+// Reading timetable table files (".vq"): validity, header date, colours, and the
+// rows of one line's day block for a date.
+
+#include "util/date.h"
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <vector>
+
+namespace quendle {
+
+// One service's times along a line's stops, as the reader takes them: every
+// comma-separated piece of the row through its integer value, so a row written
+// "512,519,527,}" has four entries, the last 0 (from the empty piece).
+using Row = std::vector<int>;
+using Rows = std::vector<Row>;
+using RowsPtr = std::shared_ptr<const Rows>;
+
+struct Rgba {
+    double r = 0, g = 0, b = 0, a = 1;
+    friend bool operator==(const Rgba&, const Rgba&) = default;
+};
+
+// Splits a table's text into lines at "\n", or at "\r" when there is no "\n".
+QStringList splittablelines(const QString& text);
+
+bool isthisavalidtable(const QString& path);
+QString getdatefromtablefile(const QString& path);     // "??" when no header
+Date tabledatetodate(const QString& text);             // "22 nov 1800" when unusable
+Date getnsdatefromtablefile(const QString& path);
+Rgba hexvaltoint(const QString& hex6);                  // black when not hexadecimal
+int hexvaltointint(const QString& hex);
+QString inttohexxhex(int value);
+bool isthisavalidcompressedtable(const QString& fileName);
+
+// Day digits (Sunday 0 .. Saturday 6, Friday deliberately reading 6).
+int javadowtoobcdow(int calendarWeekday);
+int convdowstrtoint(const QString& dayName);
+bool isthisapuhol(Date d);                              // always false
+
+// The rows of the first day block, after the named line's header, whose day line
+// holds the day digit: a single pass over the file's lines exactly as the format's
+// substring rules read it.
+Rows linetimesfromlines(const QStringList& lines, const QString& lineName, int dayDigit);
+
+// Keeps each table file's lines, and every (line, day digit) answer, until the file
+// changes on disk (path, size and modification time), so a recalculation does not
+// re-read and re-split the whole table for every leg, day and line.
+class TableCache {
+public:
+    RowsPtr linetimes(const QString& path, const QString& lineName, int dayDigit);
+    void clear();
+
+private:
+    struct Entry {
+        qint64 size = -1;
+        qint64 mtimeMs = 0;
+        QStringList lines;
+        QHash<QString, RowsPtr> answers;
+    };
+    QHash<QString, Entry> files_;
+};
+
+} // namespace quendle

@@ -1,0 +1,110 @@
+#pragma once
+// The timetable store: the tables folder and its records (`mytables`), and the two
+// catalogues built from the tables: lines (`linesmute`) and stations (`stnsmute`).
+// A line number indexes `linesmute`; a station number indexes `stnsmute`.
+
+#include "timetable/tablefile.h"
+#include "util/date.h"
+#include "util/folders.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <vector>
+
+namespace quendle {
+
+struct TableRecord {
+    QString name;          // file name up to its first "."
+    QString displayname;   // whole file name
+    QString datestr;       // always "jun 11"
+    QString datefile;      // the header's DATE text
+    QString tablepath;
+    QString enabled;       // always "1"
+};
+
+struct LineRecord {
+    QString name;          // line identity: display name + "#" + direction text
+    QString dispname;
+    QStringList stns, stnsh, stnsv;
+    QString hexcol;
+    Rgba nscol;
+    QString network;       // the table file's path
+    int mytablenum = 0;
+    QString pathotable;
+    std::vector<int> stnints;   // station numbers, filled by rewritelinesmutewithstnnums
+};
+
+struct StationRecord {
+    QString name, hloc, vloc;
+    friend bool operator==(const StationRecord&, const StationRecord&) = default;
+};
+
+// A line through a station, as the journey search asks for it.
+struct LineForStation {
+    QString linenum, depint, destint, matchlinename;
+};
+
+class Timetable {
+public:
+    explicit Timetable(const Folders& folders, bool publisherMode = false);
+
+    // Where the built-in table lives (a compiled-in resource).
+    static QString getbundledtablepath();
+    QString getbundledtable() const { return bundledPath_; }
+    void setbundledtablepath(const QString& path) { bundledPath_ = path; }
+
+    // --- the tables folder ---
+    void setuptables();
+    void copydownloadedtablestotablefold();
+    void copybundledtablesifmorerecent();
+    void copybundledtablesifnothing();
+    void loadthistable(const QString& path);
+    QStringList getmytablesinmahfold() const;
+    QString gettabledateandname(int index) const;
+    bool getenabledstatoftable(int index) const;    // always false
+    void enabledisbletable(int) {}
+    static bool isthisapushabletable(const QString&) { return true; }
+    void removedexpiredtables() {}
+    void readbundledtables() {}
+    static QString getthistablepath(const QString& path);
+
+    // --- lines and stations ---
+    void setuplinesmultitable();
+    void addlinesfromthistabletothis(const QString& path, std::vector<LineRecord>& list, int tablenum) const;
+    void setupstnsmute();
+    void rewritelinesmutewithstnnums();
+    int stnnametonum(const QString& name) const;          // -1 when none
+    int stnnametointfixfix(const QString& name) const { return stnnametonum(name); }
+    int stnnametoint(const QString& name) const;           // 0 when none
+    int stnnametointfixsetup(const QString& name) const { return stnnametoint(name); }
+    QString stnnumtoname(int num) const;
+    QString linenumtoname(int num) const;
+    QString linenameandstntoname(int line, int stop) const;
+    int thisstnonthisline(const QString& name, int line) const;
+    std::vector<LineForStation> getlinesforthisstn(const QString& name) const;
+    static bool validstn(const QString& name) { return name.size() > 2; }
+
+    // --- service times ---
+    // Rows of the day block serving `day` for line number `linenum` (identity `lineName`).
+    RowsPtr getthislinetimesnew(const QString& lineName, Date day, int linenum);
+    // The same answer by re-reading and re-splitting the file, kept for comparison.
+    Rows getthislinetimesliteral(const QString& lineName, Date day, int linenum) const;
+
+    std::vector<TableRecord> mytables;
+    std::vector<Date> tabledates;
+    std::vector<LineRecord> linesmute;
+    std::vector<StationRecord> stnsmute;
+
+    // Installs downloaded tables first; the update module may replace it.
+    std::function<void()> downloadedTablesHook;
+
+private:
+    const Folders& folders_;
+    bool publisher_;
+    QString bundledPath_;
+    TableCache cache_;
+};
+
+} // namespace quendle

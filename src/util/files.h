@@ -1,0 +1,20 @@
+#pragma once
+// File helpers. Paths may name Qt resources (":/...").
+
+#include <QString>
+
+namespace quendle {
+
+QString readfile(const QString& path);   // whole text (UTF-8, else local 8-bit); "" when unreadable
+// Writes text as UTF-8 to folder + name (plain concatenation), replacing any file there.
+// The old file survives a failed write (full disk). Returns the path.
+QString writefile(const QString& text, const QString& folder, const QString& name);
+bool lumexist(const QString& path);
+bool lumcopy(const QString& from, const QString& to);  // false when `to` exists
+void lummove(const QString& from, const QString& to);
+// Deletes only inside the preferences folder (or anywhere in publisher mode).
+bool lumdelete(const QString& path, const QString& prefsfold, bool publisherMode);
+// Creates one folder (no intermediates); a trailing "/" is cut first; always true.
+bool lummakedir(const QString& path);
+
+} // namespace quendle
