@@ -5,6 +5,7 @@
 #include "util/text.h"
 
 #include <QFileInfo>
+#include <QSet>
 
 namespace quendle {
 
@@ -164,5 +165,66 @@ RowsPtr TableCache::linetimes(const QString& path, const QString& lineName, int 
 }
 
 void TableCache::clear() { files_.clear(); }
+
+} // namespace quendle
+
+namespace quendle {
+
+TableSummary describetable(const QString& path)
+{
+    TableSummary out;
+    if (!lumexist(path)) {
+        out.why = QStringLiteral("the file does not exist or cannot be read");
+        out.datetext = QStringLiteral("??");
+        out.date = tabledatetodate(out.datetext);
+        return out;
+    }
+    const QStringList lines = splittablelines(readfile(path));
+    int timetables = 0, lineNames = 0;
+    QSet<QString> names;
+    TableSummary::Line* current = nullptr;
+    TableSummary::DayBlock* day = nullptr;
+    for (const QString& l : lines) {
+        if (l.contains(QLatin1String("timetable")))
+            ++timetables;
+        if (l.contains(QLatin1String("line name"))) {
+            ++lineNames;
+            const QStringList pieces = l.split('"');
+            TableSummary::Line line;
+            line.name = pieces.value(1);
+            line.colour = pieces.value(3);
+            for (const QString& stop : pieces.value(5).split(',')) {
+                const QStringList s = stop.split('|');
+                if (s.size() > 2) {
+                    ++line.stops;
+                    names.insert(s[0]);
+                }
+            }
+            out.lines.push_back(line);
+            current = &out.lines.back();
+            day = nullptr;
+        } else if (current && l.contains(QLatin1String("<day"))) {
+            current->days.push_back({lumregextremestr(l, QStringLiteral("(?<=num=\")[0-9]*")), 0});
+            day = &current->days.back();
+        } else if (l.contains(QLatin1String("/day"))) {
+            day = nullptr;
+        } else if (day && l.contains('}')) {
+            ++day->rows;
+        }
+    }
+    out.stations = names.size();
+    out.datetext = getdatefromtablefile(path);
+    out.date = tabledatetodate(out.datetext);
+    QStringList why;
+    if (timetables <= 1)
+        why << QStringLiteral("%1 lines mention \"timetable\" (a header and a trailer are needed)").arg(timetables);
+    if (lines.size() < 6)
+        why << QStringLiteral("it has %1 lines (at least 6 are needed)").arg(lines.size());
+    if (lineNames < 2)
+        why << QStringLiteral("it has %1 line headers (at least 2 are needed)").arg(lineNames);
+    out.valid = isthisavalidtable(path);
+    out.why = out.valid ? QString() : why.join(QStringLiteral("; "));
+    return out;
+}
 
 } // namespace quendle

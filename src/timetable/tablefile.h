@@ -66,3 +66,21 @@ private:
 };
 
 } // namespace quendle
+
+namespace quendle {
+
+// What a table file holds, for checking a table by hand.
+struct TableSummary {
+    bool valid = false;
+    QString why;                 // why it is not valid; "" when valid
+    QString datetext;            // header DATE ("??" when none)
+    Date date;                   // the date it reads as
+    struct DayBlock { QString days; int rows = 0; };
+    struct Line { QString name; QString colour; int stops = 0; std::vector<DayBlock> days; };
+    std::vector<Line> lines;
+    int stations = 0;            // distinct stop names
+};
+
+TableSummary describetable(const QString& path);
+
+} // namespace quendle
