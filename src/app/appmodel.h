@@ -72,6 +72,7 @@ public:
     Date now() const { return platform_.clock->now(); }
     const Folders& folders() const { return folders_; }
     Timetable& timetable() { return *timetable_; }
+    const Timetable& timetable() const { return *timetable_; }
     Journey& journey() { return *journey_; }
     const Journey& journey() const { return *journey_; }
     ViewState& view() { return view_; }

@@ -1,0 +1,119 @@
+#include "app/statejson.h"
+
+#include "app/appmodel.h"
+#include "util/dates.h"
+
+#include <QJsonArray>
+
+namespace quendle {
+
+namespace {
+
+QJsonArray strings(const QStringList& list) { return QJsonArray::fromStringList(list); }
+
+template <typename T>
+QJsonArray numbers(const std::vector<T>& list)
+{
+    QJsonArray a;
+    for (const T& v : list)
+        a.append(static_cast<double>(v));
+    return a;
+}
+
+QJsonArray dates(const std::vector<Date>& list)
+{
+    QJsonArray a;
+    for (Date d : list)
+        a.append(isolocal(d));
+    return a;
+}
+
+QJsonObject service(const Service& s)
+{
+    return QJsonObject{
+        {"linenum", s.linenum},
+        {"depint", s.depint},
+        {"destint", s.destint},
+        {"deptime", isolocal(s.deptime)},
+        {"desttime", isolocal(s.desttime)},
+        {"depcrossedmid", s.depcrossedmid},
+        {"destcrossedmid", s.destcrossedmid},
+        {"stopnums", numbers(s.stopnums)},
+        {"stoptimes", dates(s.stoptimes)},
+        {"stopsh", strings(s.stopsh)},
+        {"stopsv", strings(s.stopsv)},
+        {"debugstops", s.debugstops},
+    };
+}
+
+} // namespace
+
+QJsonObject statejson(const AppModel& app)
+{
+    const Timetable& tt = app.timetable();
+    const Journey& j = app.journey();
+    QJsonObject o;
+    o["now"] = isolocal(app.now());
+
+    QJsonArray tables;
+    for (const TableRecord& t : tt.mytables)
+        tables.append(QJsonObject{{"name", t.name}, {"displayname", t.displayname}, {"datestr", t.datestr},
+                                  {"datefile", t.datefile}, {"tablepath", t.tablepath}, {"enabled", t.enabled}});
+    o["mytables"] = tables;
+
+    QJsonArray lines;
+    for (const LineRecord& l : tt.linesmute)
+        lines.append(QJsonObject{{"name", l.name}, {"dispname", l.dispname}, {"hexcol", l.hexcol},
+                                 {"stns", strings(l.stns)}, {"stnints", numbers(l.stnints)},
+                                 {"network", l.network}});
+    o["linesmute"] = lines;
+
+    QJsonArray stations;
+    for (const StationRecord& s : tt.stnsmute)
+        stations.append(QJsonObject{{"name", s.name}, {"hloc", s.hloc}, {"vloc", s.vloc}});
+    o["stnsmute"] = stations;
+
+    o["myjournstr"] = strings(j.myjournstr);
+
+    QJsonArray matches;
+    for (const auto& leg : j.mylinematches) {
+        QJsonArray m;
+        for (const LineMatch& lm : leg)
+            m.append(QJsonObject{{"linenum", lm.linenum}, {"dispname", lm.dispname},
+                                 {"matchlinename", lm.matchlinename}, {"depint", lm.depint},
+                                 {"destint", lm.destint}});
+        matches.append(m);
+    }
+    o["mylinematches"] = matches;
+
+    QJsonArray services;
+    for (const auto& leg : j.myservsmultid) {
+        QJsonArray l;
+        for (const Service& s : leg)
+            l.append(service(s));
+        services.append(l);
+    }
+    o["myservsmultid"] = services;
+
+    QJsonArray chains;
+    for (const Chain& c : j.connectingservs)
+        chains.append(numbers(c));
+    o["connectingservs"] = chains;
+
+    QJsonArray travel;
+    for (const TravelTime& t : j.mytraveltimes)
+        travel.append(QJsonObject{{"traelminint", t.traelminint}, {"waitminint", t.waitminint},
+                                  {"travelstr", t.travelstr}, {"waitminstr", t.waitminstr}});
+    o["mytraveltimes"] = travel;
+    o["minzztraveltime"] = j.minzztraveltime;
+    o["maxzztraveltime"] = j.maxzztraveltime;
+    o["myindexes"] = numbers(j.myindexes);
+    o["myactualindex"] = j.myactualindex;
+    o["needleontherecord"] = j.needleontherecord;
+    o["remstr"] = j.remstr;
+    o["myremaintimes"] = strings(j.myremaintimes);
+    o["myzoominremaintimes"] = strings(j.myzoominremaintimes);
+    return o;
+}
+
+} // namespace quendle
