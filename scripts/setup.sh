@@ -8,7 +8,7 @@ build=${QUENDLE_BUILD_DIR:-$root/build}
 
 packages=(
   cmake g++ make pkg-config
-  qt6-base-dev qt6-svg-dev qt6-speech-dev qt6-speech-speechd-plugin qt6-qpa-plugins libgl-dev
+  qt6-base-dev qt6-svg-dev qt6-speech-dev qt6-declarative-dev qt6-speech-speechd-plugin qt6-qpa-plugins libgl-dev
   libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth
 )

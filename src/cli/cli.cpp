@@ -1,0 +1,248 @@
+#include "cli/cli.h"
+
+#include "app/appmodel.h"
+#include "app/statejson.h"
+#include "util/dates.h"
+#include "util/durations.h"
+
+#include <QJsonDocument>
+
+#include <algorithm>
+
+namespace quendle {
+
+namespace {
+
+const char* const kUsage =
+    "Usage: quendle-cli [--now ISO8601] [--journey \"A|B|C\"] COMMAND\n"
+    "\n"
+    "Commands:\n"
+    "  next               the journey's next services, as the strip shows them\n"
+    "  dump               the application state as one JSON object\n"
+    "  stations           every known station, one a line\n"
+    "  lines              every line: number, name, colour and stops\n"
+    "  table check FILE   whether FILE is a usable table, and what it holds\n"
+    "\n"
+    "Options:\n"
+    "  --now ISO8601      run as if the clock read this instant (as QUENDLE_NOW does)\n"
+    "  --journey \"A|B\"    use this journey for this run only; nothing is saved\n"
+    "  --help, --version\n";
+
+int levenshtein(const QString& a, const QString& b)
+{
+    std::vector<int> prev(b.size() + 1), cur(b.size() + 1);
+    for (int j = 0; j <= b.size(); ++j)
+        prev[j] = j;
+    for (int i = 1; i <= a.size(); ++i) {
+        cur[0] = i;
+        for (int j = 1; j <= b.size(); ++j) {
+            const int cost = a[i - 1] == b[j - 1] ? 0 : 1;
+            cur[j] = std::min({prev[j] + 1, cur[j - 1] + 1, prev[j - 1] + cost});
+        }
+        std::swap(prev, cur);
+    }
+    return prev[b.size()];
+}
+
+QString dayandtime(Date d, Date now)
+{
+    const CivilTime a = civilfromdate(d), b = civilfromdate(now);
+    const QString time = datetoshrtstr(d);
+    if (a.year == b.year && a.month == b.month && a.day == b.day)
+        return time;
+    return weekdayabbrev(datetodayofweek(d)) + " " + time;
+}
+
+int cmdnext(AppModel& app, QTextStream& out)
+{
+    const Journey& j = app.journey();
+    const Timetable& tt = app.timetable();
+    const Date now = app.now();
+    out << "Journey: " << j.myjournstr.join(QStringLiteral(" → ")) << "\n";
+    out << "Now:     " << lumdatedisplay(now) << "\n\n";
+    if (j.myjournstr.size() < 2) {
+        out << "The journey has one station and no legs: add a second station to see services.\n";
+        return 0;
+    }
+    Date firstDeparture, lastArrival;
+    int shown = 0;
+    for (int leg = 0; leg + 1 < j.myjournstr.size(); ++leg) {
+        const QString from = j.myjournstr[leg], to = j.myjournstr[leg + 1];
+        const int i = j.getthisviewindex(leg);
+        if (leg >= static_cast<int>(j.myservsmultid.size()) || i < 0
+            || i >= static_cast<int>(j.myservsmultid[leg].size())) {
+            out << "  " << from << " → " << to << ": no services in the next "
+                << j.lummaxdaystosrch << " days\n";
+            continue;
+        }
+        const Service& s = j.myservsmultid[leg][i];
+        if (leg > 0)
+            out << "      change at " << from << ", wait" << j.myzoominremaintimes.value(leg) << "\n";
+        out << "  " << from << " " << dayandtime(s.deptime, now) << "  →  " << to << " "
+            << dayandtime(s.desttime, now) << "   " << tt.linesmute[s.linenum].dispname << "\n";
+        if (leg == 0)
+            out << "      leaves in" << j.myzoominremaintimes.value(0) << "\n";
+        if (shown == 0)
+            firstDeparture = s.deptime;
+        lastArrival = s.desttime;
+        ++shown;
+    }
+    if (shown == static_cast<int>(j.myjournstr.size()) - 1) {
+        const QString total = mintostr(calctimediffmin(firstDeparture, lastArrival));
+        out << "\nTotal travel time: " << (total.isEmpty() ? QStringLiteral("under a minute") : total) << "\n";
+    }
+    return 0;
+}
+
+int cmdlines(AppModel& app, QTextStream& out)
+{
+    const Timetable& tt = app.timetable();
+    for (int l = 0; l < static_cast<int>(tt.linesmute.size()); ++l) {
+        const LineRecord& line = tt.linesmute[l];
+        out << l << "\t" << line.name << "\t" << line.hexcol << "\t" << line.stns.join(QStringLiteral(", "))
+            << "\n";
+    }
+    return 0;
+}
+
+int cmdtablecheck(const QString& path, QTextStream& out)
+{
+    const TableSummary t = describetable(path);
+    out << path << ": " << (t.valid ? "valid table" : "not a valid table") << "\n";
+    if (!t.valid)
+        out << "why: " << t.why << "\n";
+    out << "DATE: \"" << t.datetext << "\" reads as " << lumdatetostrdisplaiable(t.date) << "\n";
+    out << "lines: " << t.lines.size() << ", stations: " << t.stations << "\n";
+    for (const auto& line : t.lines) {
+        out << "  " << line.name << "  " << line.colour << "  " << line.stops << " stops;";
+        for (const auto& d : line.days)
+            out << " days " << (d.days.isEmpty() ? QStringLiteral("(none)") : d.days) << ": " << d.rows
+                << " services;";
+        out << "\n";
+    }
+    return t.valid ? 0 : 1;
+}
+
+} // namespace
+
+CliGlobals parseglobals(const QStringList& args)
+{
+    CliGlobals g;
+    for (int i = 0; i < args.size(); ++i) {
+        const QString a = args[i];
+        auto value = [&](const QString& name, QString* into) {
+            if (a.startsWith(name + "=")) {
+                *into = a.mid(name.size() + 1);
+                return true;
+            }
+            if (a == name) {
+                if (i + 1 >= args.size()) {
+                    g.error = name + " needs a value";
+                    return true;
+                }
+                *into = args[++i];
+                return true;
+            }
+            return false;
+        };
+        if (!g.rest.isEmpty()) {
+            g.rest << a;
+        } else if (value(QStringLiteral("--now"), &g.now)) {
+        } else if (value(QStringLiteral("--journey"), &g.journey)) {
+            g.hasJourney = true;
+        } else {
+            g.rest << a;
+        }
+    }
+    return g;
+}
+
+QStringList closeststations(const QString& name, const QStringList& known, int count)
+{
+    std::vector<std::pair<int, QString>> scored;
+    const QString lower = name.toLower();
+    for (const QString& k : known) {
+        int score = levenshtein(lower, k.toLower());
+        if (k.toLower().startsWith(lower) || (lower.size() > 2 && k.toLower().contains(lower)))
+            score = std::min(score, 1);
+        scored.emplace_back(score, k);
+    }
+    std::stable_sort(scored.begin(), scored.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    QStringList out;
+    for (int i = 0; i < static_cast<int>(scored.size()) && i < count; ++i)
+        if (!out.contains(scored[i].second))
+            out << scored[i].second;
+    return out;
+}
+
+int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextStream& err)
+{
+    const CliGlobals g = parseglobals(args);
+    if (!g.error.isEmpty()) {
+        err << "quendle-cli: " << g.error << "\n\n" << kUsage;
+        return 2;
+    }
+    const QString cmd = g.rest.value(0);
+    if (cmd == QLatin1String("--help") || cmd == QLatin1String("-h") || cmd == QLatin1String("help")) {
+        out << "quendle-cli: the next trains for your regular journey, in the terminal.\n\n" << kUsage;
+        return 0;
+    }
+    if (cmd == QLatin1String("--version")) {
+        out << "quendle-cli " << QUENDLE_VERSION << "\n";
+        return 0;
+    }
+    if (cmd == QLatin1String("table")) {
+        if (g.rest.value(1) != QLatin1String("check") || g.rest.size() != 3) {
+            err << "quendle-cli: usage: quendle-cli table check FILE\n";
+            return 2;
+        }
+        return cmdtablecheck(g.rest[2], out);
+    }
+    static const QStringList known = {"next", "dump", "stations", "lines"};
+    if (cmd.isEmpty() || !known.contains(cmd)) {
+        if (!cmd.isEmpty())
+            err << "quendle-cli: unknown command \"" << cmd << "\"\n\n";
+        err << kUsage;
+        return 2;
+    }
+
+    AppModel app(platform, AppModel::Options{false});
+    app.setupstuff();
+    if (g.hasJourney) {
+        QStringList names;
+        for (const QString& n : g.journey.split('|'))
+            if (!n.trimmed().isEmpty())
+                names << n.trimmed();
+        QStringList all;
+        for (const StationRecord& s : app.timetable().stnsmute)
+            all << s.name;
+        for (const QString& n : names) {
+            if (app.timetable().stnnametonum(n) < 0) {
+                err << "quendle-cli: unknown station \"" << n << "\". Closest known stations: "
+                    << closeststations(n, all).join(QStringLiteral(", ")) << "\n";
+                return 2;
+            }
+        }
+        if (names.isEmpty()) {
+            err << "quendle-cli: --journey needs at least one station, e.g. \"Central|Strathfield\"\n";
+            return 2;
+        }
+        app.journey().myjournstr = names;
+    }
+    app.calctripoptimizelater();
+
+    if (cmd == QLatin1String("next"))
+        return cmdnext(app, out);
+    if (cmd == QLatin1String("lines"))
+        return cmdlines(app, out);
+    if (cmd == QLatin1String("stations")) {
+        for (const StationRecord& s : app.timetable().stnsmute)
+            out << s.name << "\n";
+        return 0;
+    }
+    out << QJsonDocument(statejson(app)).toJson(QJsonDocument::Indented);
+    return 0;
+}
+
+} // namespace quendle

@@ -1,0 +1,29 @@
+#pragma once
+// quendle-cli: the terminal front end over the same start-up and recalculation.
+
+#include "platform/platform.h"
+
+#include <QStringList>
+#include <QTextStream>
+
+namespace quendle {
+
+// Runs one command line (arguments without the program name) on the given platform.
+// Returns the process exit status: 0 success, 1 a failed check, 2 a usage error or
+// an unknown station.
+int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextStream& err);
+
+// Global options taken before the platform is built.
+struct CliGlobals {
+    QString now;          // --now ISO8601
+    QString journey;      // --journey "A|B|C"
+    bool hasJourney = false;
+    QStringList rest;     // the command and its arguments
+    QString error;        // a usage error, "" when none
+};
+CliGlobals parseglobals(const QStringList& args);
+
+// The known station names nearest in spelling to `name`, best first.
+QStringList closeststations(const QString& name, const QStringList& known, int count = 3);
+
+} // namespace quendle

@@ -1,0 +1,69 @@
+#include "cli/cliplatform.h"
+
+#include "platform/desktop/qthttp.h"
+#include "platform/system/manualtimers.h"
+#include "platform/system/nullservices.h"
+#include "platform/system/qsettingsdefaults.h"
+#include "platform/system/systemclock.h"
+#include "util/dates.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QStandardPaths>
+
+namespace quendle {
+
+bool OverlayDefaults::contains(const QString& key) const
+{
+    return written_.contains(key) || (base_ && base_->contains(key));
+}
+
+QString OverlayDefaults::stringForKey(const QString& key) const
+{
+    if (written_.contains(key))
+        return written_.value(key);
+    return base_ ? base_->stringForKey(key) : QString();
+}
+
+struct CliPlatform::Services {
+    std::unique_ptr<SystemClock> clock;
+    ManualClock timerClock;
+    std::unique_ptr<ManualTimers> timers;
+    QSettingsDefaults settings;
+    std::unique_ptr<OverlayDefaults> defaults;
+    QtHttp http;
+    ConsoleAlerts alerts;
+    NullBrowser browser;
+    NullWindowHost window;
+};
+
+CliPlatform::CliPlatform(const QString& nowText) : s_(std::make_unique<Services>())
+{
+    Date start;
+    if (!nowText.isEmpty()) {
+        if (!parseiso(nowText, &start))
+            error_ = QStringLiteral("--now needs an ISO 8601 instant such as 2014-03-09T17:04:50, not \"%1\"")
+                         .arg(nowText);
+        s_->clock = std::make_unique<SystemClock>(start);
+    } else {
+        s_->clock = std::make_unique<SystemClock>();
+    }
+    // A terminal run never waits for a timer: they are armed but nothing advances them.
+    s_->timerClock.set(s_->clock->now());
+    s_->timers = std::make_unique<ManualTimers>(s_->timerClock);
+    s_->defaults = std::make_unique<OverlayDefaults>(&s_->settings);
+    platform_.clock = s_->clock.get();
+    platform_.timers = s_->timers.get();
+    platform_.defaults = s_->defaults.get();
+    platform_.http = &s_->http;
+    platform_.alerts = &s_->alerts;
+    platform_.browser = &s_->browser;
+    platform_.window = &s_->window;
+    platform_.homeDir = QDir::homePath();
+    platform_.appDataDir = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/quendle";
+    platform_.executablePath = QCoreApplication::applicationFilePath();
+}
+
+CliPlatform::~CliPlatform() = default;
+
+} // namespace quendle

@@ -1,0 +1,41 @@
+#pragma once
+// The services a terminal run uses: the real clock (or the instant given with --now),
+// the user's settings read but never written, and no window, speech or login item.
+
+#include "platform/platform.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace quendle {
+
+// Reads through to another store; writes stay in memory, so a terminal run saves nothing.
+class OverlayDefaults : public DefaultsStore {
+public:
+    explicit OverlayDefaults(DefaultsStore* base) : base_(base) {}
+    bool contains(const QString& key) const override;
+    QString stringForKey(const QString& key) const override;
+    void setString(const QString& key, const QString& value) override { written_.insert(key, value); }
+    void synchronize() override {}
+
+private:
+    DefaultsStore* base_;
+    QHash<QString, QString> written_;
+};
+
+class CliPlatform {
+public:
+    explicit CliPlatform(const QString& nowText);
+    ~CliPlatform();
+    Platform& platform() { return platform_; }
+    QString error() const { return error_; }
+
+private:
+    struct Services;
+    std::unique_ptr<Services> s_;
+    Platform platform_;
+    QString error_;
+};
+
+} // namespace quendle

@@ -1,0 +1,73 @@
+#include "gui/guiapp.h"
+
+#include "app/appmodel.h"
+#include "gui/desktopservices.h"
+#include "gui/stripwindow.h"
+#include "platform/desktop/logindsession.h"
+#include "platform/desktop/qthttp.h"
+#include "platform/desktop/ttsspeech.h"
+#include "platform/system/qsettingsdefaults.h"
+#include "platform/system/qttimers.h"
+#include "platform/system/systemclock.h"
+#include "platform/system/xdgloginitems.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QGuiApplication>
+#include <QStandardPaths>
+
+namespace quendle {
+
+void preferxwayland()
+{
+    const bool wayland = qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland")
+        || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+    if (wayland && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM") && qEnvironmentVariableIsSet("DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "xcb");
+}
+
+struct GuiApp::Services {
+    SystemClock clock;
+    QtTimers timers{clock};
+    QSettingsDefaults defaults;
+    QtHttp http;
+    TtsSpeech speech;
+    MessageBoxAlerts alerts;
+    DesktopBrowser browser;
+    XdgLoginItems loginItems;
+    LogindSession session;
+};
+
+GuiApp::GuiApp() : s_(std::make_unique<Services>())
+{
+    platform_.clock = &s_->clock;
+    platform_.timers = &s_->timers;
+    platform_.defaults = &s_->defaults;
+    platform_.http = &s_->http;
+    platform_.speech = &s_->speech;
+    platform_.alerts = &s_->alerts;
+    platform_.browser = &s_->browser;
+    platform_.loginItems = &s_->loginItems;
+    platform_.session = &s_->session;
+    platform_.homeDir = QDir::homePath();
+    platform_.appDataDir = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/quendle";
+    platform_.executablePath = QApplication::applicationFilePath();
+    view_ = std::make_unique<MyNSView>();
+    platform_.window = view_.get();
+    model_ = std::make_unique<AppModel>(platform_, AppModel::Options{true});
+    view_->setModel(model_.get());
+}
+
+GuiApp::~GuiApp() = default;
+
+void GuiApp::start()
+{
+    model_->initWithFrame();
+    model_->awakeFromNib();
+    QObject::connect(qApp, &QGuiApplication::applicationStateChanged, view_.get(), [this](Qt::ApplicationState st) {
+        s_->session.notifyActive(st == Qt::ApplicationActive);
+    });
+    view_->show();
+}
+
+} // namespace quendle

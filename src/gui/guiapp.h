@@ -1,0 +1,33 @@
+#pragma once
+// The desktop front end: the real services, the application model and the strip.
+
+#include "platform/platform.h"
+
+#include <memory>
+
+namespace quendle {
+
+class AppModel;
+class MyNSView;
+
+// On a Wayland session where the user chose no Qt platform, use XWayland so that the
+// strip can place its own window. Call before the QApplication is made.
+void preferxwayland();
+
+class GuiApp {
+public:
+    GuiApp();
+    ~GuiApp();
+    void start();
+    AppModel& model() { return *model_; }
+    MyNSView& view() { return *view_; }
+
+private:
+    struct Services;
+    std::unique_ptr<Services> s_;
+    Platform platform_;
+    std::unique_ptr<MyNSView> view_;
+    std::unique_ptr<AppModel> model_;
+};
+
+} // namespace quendle

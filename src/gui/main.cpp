@@ -1,0 +1,16 @@
+// quendle: the strip and its tray icon.
+
+#include "gui/guiapp.h"
+
+#include <QApplication>
+
+int main(int argc, char** argv)
+{
+    quendle::preferxwayland();
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("quendle"));
+    QApplication::setQuitOnLastWindowClosed(true);
+    quendle::GuiApp gui;
+    gui.start();
+    return QApplication::exec();
+}
