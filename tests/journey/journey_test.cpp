@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 using namespace quendle;
-using namespace quendle::testing;
+using namespace quendle::fixtures;
 
 namespace {
 

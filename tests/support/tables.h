@@ -6,7 +6,7 @@
 #include <QString>
 #include <QStringList>
 
-namespace quendle::testing {
+namespace quendle::fixtures {
 
 inline QString tableheader(const QString& date)
 {
@@ -43,4 +43,4 @@ inline QString writeto(const QString& dir, const QString& name, const QString& t
     return dir + "/" + name;
 }
 
-} // namespace quendle::testing
+} // namespace quendle::fixtures

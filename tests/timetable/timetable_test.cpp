@@ -17,9 +17,9 @@ namespace {
 // 9 March 2014 was a Sunday.
 Date day(int d, int m = 3, int y = 2014) { return datefromcivil({y, m, d, 12, 0, 0}); }
 
-QString header(const QString& date) { return testing::tableheader(date); }
-using testing::dayblock;
-using testing::lineblock;
+QString header(const QString& date) { return fixtures::tableheader(date); }
+using fixtures::dayblock;
+using fixtures::lineblock;
 
 const QString kHill = "North Hill|151.2101|-33.8702,Mid Cross|151.2187|-33.8791,South Vale|151.2299|-33.8866";
 const QString kRiver = "South Vale|151.2299|-33.8866,Ash Park|151.1|-33.9,Mid Cross|151.2187|-33.8791";
@@ -36,7 +36,7 @@ QString sampletable(const QString& date = "3 March 2014 10:15:00 AM")
 
 QString write(const QString& dir, const QString& name, const QString& text)
 {
-    return testing::writeto(dir, name, text);
+    return fixtures::writeto(dir, name, text);
 }
 
 std::vector<int> departures(const Rows& rows)
