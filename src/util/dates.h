@@ -18,7 +18,7 @@ Date lumstrtodate(const QString& text);
 // Same parse; fewer than 6 fields gives now - 900 days.
 Date lumstrtodatebadvalprotect(const QString& text, Date now);
 bool canthisbeconvertedtodate(const QString& text);       // more than 5 fields
-Date strtodatemanual(const QString& dmy);                   // "9/3/2014" at 00:00:00
+Date strtodatemanual(const QString& dmy);                   // "9/3/2014" at 00:00:00; missing fields read as 1
 int monthnametonum(const QString& name);                    // exact match, 12 when none
 QString monthnumtoname(int month);                          // "" for 13 and above
 int hrfromdatestr(const QString& clock);                    // "5.07pm" -> 5
@@ -62,6 +62,7 @@ bool testlumdateearlierbyatleastaday(Date a, Date b);
 bool testlumdateearlierbyatleastthesemins(Date a, Date b, int mins);
 
 // --- calendar plumbing for other modules ---------------------------------
+// The year is the astronomical one (0 is 1 BC).
 struct CivilTime { int year = 1, month = 1, day = 1, hour = 0, minute = 0, second = 0; };
 // Lenient: out-of-range fields roll over.
 Date datefromcivil(const CivilTime& c);
@@ -70,5 +71,7 @@ CivilTime civilfromdate(Date d);
 QString isolocal(Date d);
 // Parses ISO 8601 with or without an offset (without: local time). false when unusable.
 bool parseiso(const QString& text, Date* out);
+// ICU reads TZ once; after changing TZ, call this so the calendars follow.
+void resetdatezone();
 
 } // namespace quendle
