@@ -4,6 +4,7 @@
 
 #include "platform/platform.h"
 
+#include <QHash>
 #include <QString>
 
 #include <memory>

@@ -1,0 +1,167 @@
+#include "cli/cli.h"
+#include "platform/system/manualtimers.h"
+#include "util/dates.h"
+#include "util/files.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace quendle;
+
+namespace {
+
+struct CliRun {
+    int status = -1;
+    QString out, err;
+};
+
+// quendle-cli in-process on the built-in table, in a throw-away home, at a given moment.
+class CliTest : public ::testing::Test {
+protected:
+    CliRun run(const QStringList& args, Date at)
+    {
+        ManualClock clock(at);
+        ManualTimers timers(clock);
+        Platform p;
+        p.clock = &clock;
+        p.timers = &timers;
+        p.homeDir = home.path();
+        CliRun r;
+        QTextStream out(&r.out), err(&r.err);
+        r.status = runcli(args, p, out, err);
+        out.flush();
+        err.flush();
+        return r;
+    }
+    QTemporaryDir home;
+};
+
+Date sydney(int y, int m, int d, int h, int min) { return datefromcivil({y, m, d, h, min, 0}); }
+
+} // namespace
+
+TEST_F(CliTest, NextShowsServicesAtAnyHourOfAnyDay)
+{
+    // Monday before dawn, Friday late evening, Saturday and Sunday middays, a Wednesday
+    // just after midnight.
+    const std::vector<Date> moments = {sydney(2026, 11, 23, 2, 0), sydney(2026, 11, 27, 23, 30),
+                                       sydney(2026, 11, 28, 12, 0), sydney(2026, 11, 29, 12, 0),
+                                       sydney(2026, 11, 25, 0, 20)};
+    for (Date at : moments) {
+        const CliRun r = run({"--journey", "Bondi Junction|Edgecliff", "next"}, at);
+        SCOPED_TRACE(lumdatedisplay(at).toStdString());
+        EXPECT_EQ(r.status, 0) << r.err.toStdString();
+        EXPECT_TRUE(r.out.contains("Bondi Junction → Edgecliff")) << r.out.toStdString();
+        EXPECT_TRUE(r.out.contains("leaves in")) << r.out.toStdString();
+        // T4 and the South Coast Line both serve the leg.
+        EXPECT_TRUE(r.out.contains("T4 Eastern Suburbs & Illawarra Line") || r.out.contains("South Coast Line"))
+            << r.out.toStdString();
+        EXPECT_TRUE(r.out.contains("Total travel time")) << r.out.toStdString();
+    }
+}
+
+TEST_F(CliTest, AJourneyAcrossTwoLinesGetsItsChangeStation)
+{
+    const CliRun r = run({"--journey=Bondi Junction|Parramatta", "next"}, sydney(2026, 11, 24, 8, 0));
+    ASSERT_EQ(r.status, 0) << r.err.toStdString();
+    EXPECT_TRUE(r.out.contains("change at")) << r.out.toStdString();
+    const QString journeyLine = r.out.section('\n', 0, 0);
+    EXPECT_EQ(journeyLine.count("→"), 2) << journeyLine.toStdString();
+}
+
+TEST_F(CliTest, UnknownStationsAndBadUsageExitWithTwo)
+{
+    CliRun r = run({"--journey", "Bondi Junctoin|Edgecliff", "next"}, sydney(2026, 11, 24, 8, 0));
+    EXPECT_EQ(r.status, 2);
+    EXPECT_TRUE(r.err.contains("unknown station \"Bondi Junctoin\"")) << r.err.toStdString();
+    EXPECT_TRUE(r.err.contains("Bondi Junction")) << r.err.toStdString();
+    r = run({"frobnicate"}, sydney(2026, 11, 24, 8, 0));
+    EXPECT_EQ(r.status, 2);
+    r = run({"--journey"}, sydney(2026, 11, 24, 8, 0));
+    EXPECT_EQ(r.status, 2);
+    r = run({"--help"}, sydney(2026, 11, 24, 8, 0));
+    EXPECT_EQ(r.status, 0);
+    EXPECT_TRUE(r.out.contains("table check FILE"));
+    EXPECT_EQ(closeststations("strathfeld", {"Central", "Strathfield", "Stanmore"}).value(0), "Strathfield");
+}
+
+TEST_F(CliTest, DumpHoldsTheStateWithStableKeysAndForms)
+{
+    const CliRun r = run({"--journey", "Bondi Junction|Edgecliff", "dump"}, sydney(2014, 3, 9, 17, 4));
+    ASSERT_EQ(r.status, 0) << r.err.toStdString();
+    const QJsonObject o = QJsonDocument::fromJson(r.out.toUtf8()).object();
+    EXPECT_EQ(o["now"].toString(), "2014-03-09T17:04:00+11:00");
+    for (const char* key : {"mytables", "linesmute", "stnsmute", "myjournstr", "mylinematches", "myservsmultid",
+                            "connectingservs", "mytraveltimes", "minzztraveltime", "maxzztraveltime", "myindexes",
+                            "myactualindex", "needleontherecord", "remstr", "myremaintimes", "myzoominremaintimes"})
+        EXPECT_TRUE(o.contains(key)) << key;
+    const QJsonObject service = o["myservsmultid"].toArray()[0].toArray()[0].toObject();
+    for (const char* key : {"linenum", "depint", "destint", "deptime", "desttime", "depcrossedmid", "destcrossedmid",
+                            "stopnums", "stoptimes", "stopsh", "stopsv", "debugstops"})
+        EXPECT_TRUE(service.contains(key)) << key;
+    EXPECT_TRUE(service["linenum"].isDouble());
+    EXPECT_TRUE(service["deptime"].toString().endsWith(":00+11:00"));
+    EXPECT_TRUE(service["desttime"].toString().endsWith(":17+11:00"));
+    EXPECT_TRUE(o["myindexes"].toArray()[0].isDouble());
+    const QJsonObject line = o["linesmute"].toArray()[0].toObject();
+    for (const char* key : {"name", "dispname", "hexcol", "stns", "stnints", "network"})
+        EXPECT_TRUE(line.contains(key)) << key;
+    EXPECT_EQ(o["mytables"].toArray()[0].toObject()["name"].toString(), "SydneyTrains");
+}
+
+TEST_F(CliTest, StationsLinesAndTableCheck)
+{
+    const Date at = sydney(2026, 11, 24, 8, 0);
+    const CliRun stations = run({"stations"}, at);
+    const QStringList names = stations.out.split('\n', Qt::SkipEmptyParts);
+    EXPECT_GT(names.size(), 200);
+    EXPECT_TRUE(names.contains("Central"));
+    QStringList sorted = names;
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_EQ(names, sorted);
+
+    const CliRun lines = run({"lines"}, at);
+    EXPECT_TRUE(lines.out.contains("T4 Eastern Suburbs & Illawarra Line#Bondi Junction to Waterfall\t#005AA3"));
+    EXPECT_TRUE(lines.out.contains("Blue Mountains Line#"));
+
+    const QString table = home.path() + "/SydneyTrains.vq";
+    ASSERT_TRUE(QFile::copy(":/tables/SydneyTrains.vq", table));
+    const CliRun good = run({"table", "check", table}, at);
+    EXPECT_EQ(good.status, 0) << good.out.toStdString();
+    EXPECT_TRUE(good.out.contains(": valid table"));
+    EXPECT_TRUE(good.out.contains("days 12345:"));
+
+    writefile("  <timetable name = \"x\" date=\"1 May 2014\" >\n<line name =\"a\" >\n", home.path() + "/", "bad.vq");
+    const CliRun bad = run({"table", "check", home.path() + "/bad.vq"}, at);
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_TRUE(bad.out.contains("not a valid table"));
+    // The sentinel's month "nov" matches no full month name, so it reads as December.
+    EXPECT_TRUE(bad.out.contains("reads as 22 December 1800")) << bad.out.toStdString();
+    EXPECT_EQ(run({"table", "check"}, at).status, 2);
+}
+
+TEST(CliProgram, QuendleNowStartsTheClockThere)
+{
+    const QString program = qEnvironmentVariable("QUENDLE_CLI");
+    ASSERT_FALSE(program.isEmpty());
+    QTemporaryDir home;
+    QProcess p;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("QUENDLE_NOW", "2014-03-09T17:04:50");
+    env.insert("HOME", home.path());
+    env.insert("XDG_CONFIG_HOME", home.path() + "/.config");
+    p.setProcessEnvironment(env);
+    p.start(program, {"dump"});
+    ASSERT_TRUE(p.waitForFinished(60000));
+    EXPECT_EQ(p.exitCode(), 0) << p.readAllStandardError().toStdString();
+    const QJsonObject o = QJsonDocument::fromJson(p.readAllStandardOutput()).object();
+    // The clock runs on from the given instant: a few seconds at most have passed.
+    EXPECT_TRUE(o["now"].toString().startsWith("2014-03-09T17:04:5")) << o["now"].toString().toStdString();
+    EXPECT_TRUE(o["now"].toString().endsWith("+11:00"));
+}
