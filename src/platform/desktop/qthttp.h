@@ -1,0 +1,52 @@
+#pragma once
+// Synchronous web fetches with QtNetwork, bounded in time and size.
+//
+// The request runs on a worker thread with its own event loop while the caller simply
+// waits: like the blocking fetches the model was written for, nothing else (no timer, no
+// input) runs in the caller's thread meanwhile, and no running event loop is needed there
+// (a QCoreApplication must exist). Redirects are followed (at most five, never from https
+// to http). Every failure (bad address, DNS, refused, timeout, HTTP error status, a body
+// over the size limit) returns "" and logs one line. Bodies are read as UTF-8, or Latin-1
+// when they are not valid UTF-8.
+
+#include "platform/http.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+
+class QThread;
+
+namespace quendle {
+
+class QtHttp : public Http {
+public:
+    static constexpr int kDefaultTimeoutMs = 20000;
+    static constexpr qint64 kDefaultMaxBytes = 8 * 1024 * 1024;
+    static constexpr int kMaxRedirects = 5;
+
+    explicit QtHttp(int timeoutMs = kDefaultTimeoutMs, qint64 maxBytes = kDefaultMaxBytes);
+    ~QtHttp() override;
+    QtHttp(const QtHttp&) = delete;
+    QtHttp& operator=(const QtHttp&) = delete;
+
+    QString get(const QString& url) override;
+    // formBody is sent as is, as application/x-www-form-urlencoded.
+    QString postForm(const QString& url, const QString& formBody) override;
+
+    // Why the last fetch read as "", or "" when it succeeded.
+    QString lastError() const { return lastError_; }
+
+private:
+    QString fetch(const QString& url, const QByteArray* formBody);
+
+    int timeoutMs_;
+    qint64 maxBytes_;
+    std::unique_ptr<QThread> thread_;
+    class Worker;
+    Worker* worker_ = nullptr;   // lives in thread_, deleted when it finishes
+    QString lastError_;
+};
+
+} // namespace quendle

@@ -1,0 +1,67 @@
+#pragma once
+// A timer queue that runs only when the test or simulation advances it, on a ManualClock.
+//
+// advanceTo(target) fires every timer due at or before target in fire-date order (equal
+// fire dates in creation order). Before each callback the clock is set to that timer's fire
+// date (or left where it is, if the timer was already overdue), so callbacks read the moment
+// they were meant for. A one-shot timer is invalid by the time its callback runs; a
+// repeating timer's next fire date (fire date + interval) is set before its callback runs,
+// so a callback that moves its own timer's fire date wins. Callbacks may create, move and
+// invalidate timers; a timer that becomes due within the window still fires in this advance.
+// Finally the clock is set to target.
+//
+// A repeating timer that was overdue when the advance began fires once and then skips to
+// the first multiple of its interval after the present moment, as a run-loop timer does
+// after a machine slept.
+//
+// Zero-interval repeating timers (animations) fire again and again at the same moment until
+// they stop themselves. Runaway guard: while the clock stands at one instant a timer fires
+// at most kMaxFiringsPerInstant times; past that it logs a warning and sits out the rest of
+// the advance (other timers go on), staying due for the next one. Timers that keep making
+// new timers at one instant end the advance after four times that many callbacks.
+
+#include "platform/system/manualclock.h"
+#include "platform/timers.h"
+
+#include <map>
+
+namespace quendle {
+
+class ManualTimers : public Timers {
+public:
+    static constexpr int kMaxFiringsPerInstant = 10000;
+
+    explicit ManualTimers(ManualClock& clock) : clock_(clock) {}
+
+    TimerId schedule(double intervalSecs, bool repeats, std::function<void()> callback) override;
+    void setFireDate(TimerId id, Date when) override;
+    Date fireDate(TimerId id) const override;
+    void invalidate(TimerId id) override;
+    bool isValid(TimerId id) const override;
+
+    // Both return the number of callbacks run.
+    int advanceTo(Date target);
+    int advanceBy(double secs) { return advanceTo(clock_.now().plusSeconds(secs)); }
+    int pendingCount() const { return static_cast<int>(timers_.size()); }
+
+    ManualClock& clock() { return clock_; }
+
+private:
+    struct Entry {
+        double interval = 0;
+        bool repeats = false;
+        Date fireDate;
+        std::function<void()> callback;
+    };
+
+    ManualClock& clock_;
+    std::map<TimerId, Entry> timers_;   // ordered by id, i.e. by creation
+    TimerId nextId_ = 1;
+};
+
+// The fire date after a repeating timer fired at `now` for `fired`: fired + interval, or,
+// when that is not after now, the first later multiple of the interval (now itself for a
+// zero interval). Shared with the event-loop timers.
+Date nextrepeatdate(Date fired, double interval, Date now);
+
+} // namespace quendle

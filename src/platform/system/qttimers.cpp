@@ -1,0 +1,122 @@
+#include "platform/system/qttimers.h"
+
+#include "platform/system/manualtimers.h"   // nextrepeatdate
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace quendle {
+
+QtTimers::QtTimers(const Clock& clock) : clock_(clock)
+{
+    wake_.setSingleShot(true);
+    // A coarse timer may wake a little early, which would only cost a second wake-up;
+    // a precise one keeps minute ticks close to the minute.
+    wake_.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&wake_, &QTimer::timeout, &wake_, [this] { dispatch(); });
+}
+
+QtTimers::~QtTimers() = default;
+
+TimerId QtTimers::schedule(double intervalSecs, bool repeats, std::function<void()> callback)
+{
+    const TimerId id = nextId_++;
+    Entry e;
+    e.interval = intervalSecs;
+    e.repeats = repeats;
+    e.fireDate = clock_.now().plusSeconds(intervalSecs);
+    e.callback = std::move(callback);
+    timers_.emplace(id, std::move(e));
+    rearm();
+    return id;
+}
+
+void QtTimers::setFireDate(TimerId id, Date when)
+{
+    const auto it = timers_.find(id);
+    if (it == timers_.end())
+        return;
+    it->second.fireDate = when;
+    rearm();
+}
+
+Date QtTimers::fireDate(TimerId id) const
+{
+    const auto it = timers_.find(id);
+    return it == timers_.end() ? Date{} : it->second.fireDate;
+}
+
+void QtTimers::invalidate(TimerId id)
+{
+    if (timers_.erase(id))
+        rearm();
+}
+
+bool QtTimers::isValid(TimerId id) const
+{
+    return timers_.count(id) != 0;
+}
+
+void QtTimers::recheck()
+{
+    if (!dispatching_)
+        wake_.start(0);
+}
+
+void QtTimers::rearm()
+{
+    if (dispatching_)
+        return;   // the dispatch re-arms when it is done
+    if (timers_.empty()) {
+        wake_.stop();
+        return;
+    }
+    Date earliest = timers_.begin()->second.fireDate;
+    for (const auto& [id, e] : timers_)
+        earliest = std::min(earliest, e.fireDate);
+    const double waitMs = std::ceil((earliest.secs - clock_.now().secs) * 1000.0);
+    // Also catches NaN and the huge placeholders, which would overflow an int.
+    const int ms = waitMs > 0 ? static_cast<int>(std::min<double>(waitMs, kMaxWaitMs)) : 0;
+    wake_.start(ms);
+}
+
+void QtTimers::dispatch()
+{
+    if (dispatching_)
+        return;
+    dispatching_ = true;
+    struct Done {
+        QtTimers* self;
+        ~Done()
+        {
+            self->dispatching_ = false;
+            self->rearm();
+        }
+    } done{this};
+
+    // Each timer due now fires at most once per turn, in fire-date order; ties in creation order.
+    const Date now = clock_.now();
+    std::vector<std::pair<Date, TimerId>> due;
+    for (const auto& [id, e] : timers_) {
+        if (e.fireDate <= now)
+            due.emplace_back(e.fireDate, id);
+    }
+    std::sort(due.begin(), due.end());
+
+    for (const auto& [date, id] : due) {
+        // An earlier callback may have invalidated or moved this one.
+        const auto it = timers_.find(id);
+        if (it == timers_.end() || it->second.fireDate > clock_.now())
+            continue;
+        const std::function<void()> callback = it->second.callback;
+        if (it->second.repeats)
+            it->second.fireDate = nextrepeatdate(it->second.fireDate, it->second.interval, clock_.now());
+        else
+            timers_.erase(it);
+        if (callback)
+            callback();
+    }
+}
+
+} // namespace quendle
