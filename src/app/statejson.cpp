@@ -42,7 +42,7 @@ QJsonObject service(const Service& s)
         {"stoptimes", dates(s.stoptimes)},
         {"stopsh", strings(s.stopsh)},
         {"stopsv", strings(s.stopsv)},
-        {"debugstops", s.debugstops},
+        {"debugstops", s.debugstops()},
     };
 }
 

@@ -52,7 +52,10 @@ struct Service {
     std::vector<Date> stoptimes;
     QStringList stopsh;     // always empty
     QStringList stopsv;     // always empty
-    QString debugstops;
+    // Every raw time from the leg's first to its second station, unserved ones as -1.
+    std::vector<int> rawstops;
+    // The same as text, each time followed by ",": made when asked, not for every service.
+    QString debugstops() const;
 };
 
 using Chain = std::vector<int>;   // per leg, the index of the chosen service

@@ -11,6 +11,14 @@
 
 namespace quendle {
 
+QString Service::debugstops() const
+{
+    QString out;
+    for (int t : rawstops)
+        out += QString::number(t) + QLatin1Char(',');
+    return out;
+}
+
 std::vector<Service> Journey::getallservsnewer(int leg)
 {
     std::vector<Service> collected;
@@ -20,7 +28,8 @@ std::vector<Service> Journey::getallservsnewer(int leg)
     const Date start = now();
     for (int d = 0; d < lummaxdaystosrch; ++d) {
         const Date day = adddaystodate(start, d);
-        const Date nextDay = adddaystodate(day, 1);
+        const ServiceDayClock today(day);
+        const ServiceDayClock tomorrow(adddaystodate(day, 1));
         for (const LineMatch& m : matches) {
             const int dep = m.depint, dest = m.destint;
             const RowsPtr rows = tt_.getthislinetimesnew(m.matchlinename, day, m.linenum);
@@ -44,26 +53,27 @@ std::vector<Service> Journey::getallservsnewer(int leg)
                 sv.linenum = m.linenum;
                 sv.depint = dep;
                 sv.destint = dest;
-                sv.deptime = zerosecondsdate(twenfourhranddatetodate(d0, day));
+                sv.deptime = zerosecondsdate(today.at(d0));
                 if (depCrossed)
                     sv.deptime = adddaystodate(sv.deptime, 1);
                 bool stopCrossed = depCrossed;
                 int previous = 2511;
+                sv.rawstops.reserve(dest - dep + 1);
                 sv.stopnums.reserve(dest - dep + 1);
                 sv.stoptimes.reserve(dest - dep + 1);
                 for (int p = dep; p <= dest; ++p) {
                     const int t = s[p];
-                    sv.debugstops += QString::number(t) + ",";
+                    sv.rawstops.push_back(t);
                     if (t == -1)
                         continue;
                     if (previous < 2400 && t - previous < -500)
                         stopCrossed = true;
-                    sv.stoptimes.push_back(twenfourhranddatetodate(t, stopCrossed ? nextDay : day));
+                    sv.stoptimes.push_back(stopCrossed ? tomorrow.at(t) : today.at(t));
                     previous = t;
                     if (p < static_cast<int>(stnints.size()))
                         sv.stopnums.push_back(stnints[p]);
                 }
-                sv.desttime = twenfourhranddatetodate(a0, day);
+                sv.desttime = today.at(a0);
                 if (arrCrossed || stopCrossed)
                     sv.desttime = adddaystodate(sv.desttime, 1);
                 sv.depcrossedmid = depCrossed ? 1 : 0;
@@ -74,15 +84,28 @@ std::vector<Service> Journey::getallservsnewer(int leg)
             }
         }
     }
-    std::stable_sort(collected.begin(), collected.end(),
-                     [](const Service& a, const Service& b) { return a.desttime < b.desttime; });
-    return removedupetrips(std::move(collected));
+    // Sort positions rather than whole records: each record then moves once.
+    std::vector<int> order(collected.size());
+    for (size_t i = 0; i < order.size(); ++i)
+        order[i] = static_cast<int>(i);
+    std::stable_sort(order.begin(), order.end(),
+                     [&](int a, int b) { return collected[a].desttime < collected[b].desttime; });
+    // Of neighbours (in arrival order) with equal departures the later-listed stays.
+    std::vector<Service> out;
+    out.reserve(order.size());
+    for (size_t k = 0; k < order.size(); ++k) {
+        if (k + 1 < order.size() && collected[order[k]].deptime == collected[order[k + 1]].deptime)
+            continue;
+        out.push_back(std::move(collected[order[k]]));
+    }
+    return out;
 }
 
 std::vector<Service> Journey::removedupetrips(std::vector<Service> services)
 {
     // Of two neighbours with the same departure the later-listed stays; removing one and
-    // testing the same place again comes to keeping each service whose successor departs otherwise.
+    // testing the same place again comes to keeping each service whose successor departs
+    // otherwise (getallservsnewer applies the same rule while it sorts).
     std::vector<Service> out;
     out.reserve(services.size());
     for (size_t i = 0; i < services.size(); ++i) {

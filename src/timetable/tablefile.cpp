@@ -4,7 +4,10 @@
 #include "util/files.h"
 #include "util/text.h"
 
+#include <QFile>
 #include <QFileInfo>
+
+#include <sys/stat.h>
 #include <QSet>
 
 namespace quendle {
@@ -143,15 +146,34 @@ Rows linetimesfromlines(const QStringList& lines, const QString& lineName, int d
     return rows;
 }
 
+// Size and modification time of a file, -1 for the size when there is none. A plain
+// stat: this runs for every line, leg and day of every recalculation.
+static void filestamp(const QString& path, qint64* size, qint64* mtimeNs)
+{
+    if (path.startsWith(QLatin1Char(':'))) {   // compiled-in resources never change
+        const QFileInfo info(path);
+        *size = info.exists() ? info.size() : -1;
+        *mtimeNs = 0;
+        return;
+    }
+    struct stat st;
+    if (::stat(QFile::encodeName(path).constData(), &st) != 0 || !S_ISREG(st.st_mode)) {
+        *size = -1;
+        *mtimeNs = 0;
+        return;
+    }
+    *size = st.st_size;
+    *mtimeNs = static_cast<qint64>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
+}
+
 RowsPtr TableCache::linetimes(const QString& path, const QString& lineName, int dayDigit)
 {
-    const QFileInfo info(path);
-    const qint64 size = info.exists() ? info.size() : -1;
-    const qint64 mtime = info.exists() ? info.lastModified().toMSecsSinceEpoch() : 0;
+    qint64 size = -1, mtime = 0;
+    filestamp(path, &size, &mtime);
     Entry& e = files_[path];
-    if (e.size != size || e.mtimeMs != mtime || (e.lines.isEmpty() && size > 0)) {
+    if (e.size != size || e.mtimeNs != mtime || (e.lines.isEmpty() && size > 0)) {
         e.size = size;
-        e.mtimeMs = mtime;
+        e.mtimeNs = mtime;
         e.lines = size < 0 ? QStringList() : splittablelines(readfile(path));
         e.answers.clear();
     }

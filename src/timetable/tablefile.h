@@ -58,7 +58,7 @@ public:
 private:
     struct Entry {
         qint64 size = -1;
-        qint64 mtimeMs = 0;
+        qint64 mtimeNs = 0;
         QStringList lines;
         QHash<QString, RowsPtr> answers;
     };

@@ -596,3 +596,19 @@ bool parseiso(const QString& text, Date* out)
 }
 
 } // namespace quendle
+
+namespace quendle {
+
+ServiceDayClock::ServiceDayClock(Date day) : day_(day), midnight_(twenfourhranddatetodate(0, day))
+{
+    linear_ = twenfourhranddatetodate(3000, day).secs - midnight_.secs == 30 * 3600.0;
+}
+
+Date ServiceDayClock::at(int hhmm) const
+{
+    if (linear_ && hhmm >= 0 && hhmm <= 2959)
+        return midnight_.plusSeconds((hhmm / 100) * 3600.0 + (hhmm % 100) * 60.0);
+    return twenfourhranddatetodate(hhmm, day_);
+}
+
+} // namespace quendle

@@ -75,3 +75,21 @@ bool parseiso(const QString& text, Date* out);
 void resetdatezone();
 
 } // namespace quendle
+
+namespace quendle {
+
+// twenfourhranddatetodate for many table times on one service day. Where the clock does
+// not change between that day's midnight and 30 hours later, a time is plain arithmetic
+// from midnight; otherwise (and for times past 29:59) the calendar answers as usual.
+class ServiceDayClock {
+public:
+    explicit ServiceDayClock(Date day);
+    Date at(int hhmm) const;
+
+private:
+    Date day_;
+    Date midnight_;      // the day's 00:00:17
+    bool linear_ = false;
+};
+
+} // namespace quendle

@@ -82,7 +82,7 @@ TEST_F(JourneyTest, ServicesAfterMidnightMoveToTheNextDay)
     EXPECT_EQ(leg[1].stoptimes.front(), at(23, 55, 17));
     EXPECT_EQ(leg[1].depcrossedmid, 0);
     EXPECT_EQ(leg[1].destcrossedmid, 0);
-    EXPECT_EQ(leg[1].debugstops, "2355,2359,3,");
+    EXPECT_EQ(leg[1].debugstops(), "2355,2359,3,");
     EXPECT_EQ(leg[1].stopnums.size(), 3u);
     EXPECT_EQ(leg[2].deptime, at(0, 5, 0, 11));
     EXPECT_EQ(leg[2].desttime, at(0, 20, 17, 11));
