@@ -5,6 +5,7 @@
 #include "util/text.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 namespace quendle {
 
@@ -124,6 +125,8 @@ void AppModel::updatetimerfunc() { runupdatesincelaunch = 1; }
 
 void AppModel::wakefromsleep()
 {
+    // Timers wait on a monotonic clock that stood still while the machine slept.
+    platform_.timers->recheck();
     Journey& j = *journey_;
     j.autoscrollactualindexfunc();
     j.needleontherecord = 1;
@@ -202,9 +205,12 @@ bool AppModel::amizorb() const { return lumexist(folders_.publishermarker()); }
 void AppModel::lumbuildfold()
 {
     const QString target = folders_.publisherbuildfold();
-    lumdelete(target, folders_.getprefsfold(), true);
-    if (!platform_.executablePath.isEmpty())
-        lumcopy(platform_.executablePath, target);
+    // The build copy lies outside the preferences folder; only the publisher may remove it.
+    lumdelete(target, folders_.getprefsfold(), amizorb());
+    if (platform_.executablePath.isEmpty())
+        return;
+    QDir().mkpath(QFileInfo(target).path());
+    lumcopy(platform_.executablePath, target);
 }
 
 bool AppModel::lummakedir(const QString& path) { return quendle::lummakedir(path); }

@@ -21,6 +21,8 @@ public:
     virtual Date fireDate(TimerId id) const = 0;        // Date{} for an invalid timer
     virtual void invalidate(TimerId id) = 0;
     virtual bool isValid(TimerId id) const = 0;
+    // After a sleep or a clock change: compare every fire date with the clock again soon.
+    virtual void recheck() {}
 };
 
 } // namespace quendle

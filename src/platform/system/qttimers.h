@@ -40,7 +40,7 @@ public:
     int pendingCount() const { return static_cast<int>(timers_.size()); }
     // Compares the fire dates with the clock on the next event-loop turn instead of at the
     // next wake-up; worth calling after a wake from sleep or a clock change.
-    void recheck();
+    void recheck() override;
 
 private:
     struct Entry {
