@@ -3,61 +3,9 @@
 #include <QDebug>
 
 #include <algorithm>
-
-#include <cmath>
 #include <set>
 
 namespace quendle {
-
-Date nextrepeatdate(Date fired, double interval, Date now)
-{
-    if (!(interval > 0))
-        return now;
-    const Date next = fired.plusSeconds(interval);
-    if (next > now)
-        return next;
-    const double steps = std::floor((now.secs - fired.secs) / interval) + 1;
-    Date skipped = fired.plusSeconds(steps * interval);
-    // Rounding can land exactly on now; one more step keeps it in the future.
-    if (!(skipped > now))
-        skipped = skipped.plusSeconds(interval);
-    return skipped;
-}
-
-TimerId ManualTimers::schedule(double intervalSecs, bool repeats, std::function<void()> callback)
-{
-    const TimerId id = nextId_++;
-    Entry e;
-    e.interval = intervalSecs;
-    e.repeats = repeats;
-    e.fireDate = clock_.now().plusSeconds(intervalSecs);
-    e.callback = std::move(callback);
-    timers_.emplace(id, std::move(e));
-    return id;
-}
-
-void ManualTimers::setFireDate(TimerId id, Date when)
-{
-    const auto it = timers_.find(id);
-    if (it != timers_.end())
-        it->second.fireDate = when;
-}
-
-Date ManualTimers::fireDate(TimerId id) const
-{
-    const auto it = timers_.find(id);
-    return it == timers_.end() ? Date{} : it->second.fireDate;
-}
-
-void ManualTimers::invalidate(TimerId id)
-{
-    timers_.erase(id);
-}
-
-bool ManualTimers::isValid(TimerId id) const
-{
-    return timers_.count(id) != 0;
-}
 
 int ManualTimers::advanceTo(Date target)
 {
@@ -96,15 +44,8 @@ int ManualTimers::advanceTo(Date target)
         }
         clock_.set(when);
 
-        // The callback may invalidate its own timer, so it runs from a copy.
-        const std::function<void()> callback = due->second.callback;
-        if (due->second.repeats)
-            due->second.fireDate = nextrepeatdate(due->second.fireDate, due->second.interval, when);
-        else
-            timers_.erase(due);
         ++fired;
-        if (callback)
-            callback();
+        fire(due, when);
     }
     clock_.set(target);
     return fired;

@@ -21,47 +21,24 @@
 // new timers at one instant end the advance after four times that many callbacks.
 
 #include "platform/system/manualclock.h"
-#include "platform/timers.h"
-
-#include <map>
+#include "platform/system/timertable.h"
 
 namespace quendle {
 
-class ManualTimers : public Timers {
+class ManualTimers : public TimerTable {
 public:
     static constexpr int kMaxFiringsPerInstant = 10000;
 
-    explicit ManualTimers(ManualClock& clock) : clock_(clock) {}
-
-    TimerId schedule(double intervalSecs, bool repeats, std::function<void()> callback) override;
-    void setFireDate(TimerId id, Date when) override;
-    Date fireDate(TimerId id) const override;
-    void invalidate(TimerId id) override;
-    bool isValid(TimerId id) const override;
+    explicit ManualTimers(ManualClock& clock) : TimerTable(clock), clock_(clock) {}
 
     // Both return the number of callbacks run.
     int advanceTo(Date target);
     int advanceBy(double secs) { return advanceTo(clock_.now().plusSeconds(secs)); }
-    int pendingCount() const { return static_cast<int>(timers_.size()); }
 
     ManualClock& clock() { return clock_; }
 
 private:
-    struct Entry {
-        double interval = 0;
-        bool repeats = false;
-        Date fireDate;
-        std::function<void()> callback;
-    };
-
     ManualClock& clock_;
-    std::map<TimerId, Entry> timers_;   // ordered by id, i.e. by creation
-    TimerId nextId_ = 1;
 };
-
-// The fire date after a repeating timer fired at `now` for `fired`: fired + interval, or,
-// when that is not after now, the first later multiple of the interval (now itself for a
-// zero interval). Shared with the event-loop timers.
-Date nextrepeatdate(Date fired, double interval, Date now);
 
 } // namespace quendle

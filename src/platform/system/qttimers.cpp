@@ -1,14 +1,12 @@
 #include "platform/system/qttimers.h"
 
-#include "platform/system/manualtimers.h"   // nextrepeatdate
-
 #include <algorithm>
 #include <cmath>
 #include <vector>
 
 namespace quendle {
 
-QtTimers::QtTimers(const Clock& clock) : clock_(clock)
+QtTimers::QtTimers(const Clock& clock) : TimerTable(clock), clock_(clock)
 {
     wake_.setSingleShot(true);
     // A coarse timer may wake a little early, which would only cost a second wake-up;
@@ -18,45 +16,6 @@ QtTimers::QtTimers(const Clock& clock) : clock_(clock)
 }
 
 QtTimers::~QtTimers() = default;
-
-TimerId QtTimers::schedule(double intervalSecs, bool repeats, std::function<void()> callback)
-{
-    const TimerId id = nextId_++;
-    Entry e;
-    e.interval = intervalSecs;
-    e.repeats = repeats;
-    e.fireDate = clock_.now().plusSeconds(intervalSecs);
-    e.callback = std::move(callback);
-    timers_.emplace(id, std::move(e));
-    rearm();
-    return id;
-}
-
-void QtTimers::setFireDate(TimerId id, Date when)
-{
-    const auto it = timers_.find(id);
-    if (it == timers_.end())
-        return;
-    it->second.fireDate = when;
-    rearm();
-}
-
-Date QtTimers::fireDate(TimerId id) const
-{
-    const auto it = timers_.find(id);
-    return it == timers_.end() ? Date{} : it->second.fireDate;
-}
-
-void QtTimers::invalidate(TimerId id)
-{
-    if (timers_.erase(id))
-        rearm();
-}
-
-bool QtTimers::isValid(TimerId id) const
-{
-    return timers_.count(id) != 0;
-}
 
 void QtTimers::recheck()
 {
@@ -109,13 +68,7 @@ void QtTimers::dispatch()
         const auto it = timers_.find(id);
         if (it == timers_.end() || it->second.fireDate > clock_.now())
             continue;
-        const std::function<void()> callback = it->second.callback;
-        if (it->second.repeats)
-            it->second.fireDate = nextrepeatdate(it->second.fireDate, it->second.interval, clock_.now());
-        else
-            timers_.erase(it);
-        if (callback)
-            callback();
+        fire(it, clock_.now());
     }
 }
 

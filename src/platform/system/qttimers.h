@@ -15,47 +15,29 @@
 // Callbacks never overlap: if a callback runs a nested event loop (a modal alert), no other
 // timer fires until it returns; the model expects one thing at a time.
 
-#include "platform/clock.h"
-#include "platform/timers.h"
+#include "platform/system/timertable.h"
 
 #include <QTimer>
 
-#include <map>
-
 namespace quendle {
 
-class QtTimers : public Timers {
+class QtTimers : public TimerTable {
 public:
     static constexpr int kMaxWaitMs = 30000;
 
     explicit QtTimers(const Clock& clock);
     ~QtTimers() override;
 
-    TimerId schedule(double intervalSecs, bool repeats, std::function<void()> callback) override;
-    void setFireDate(TimerId id, Date when) override;
-    Date fireDate(TimerId id) const override;
-    void invalidate(TimerId id) override;
-    bool isValid(TimerId id) const override;
-
-    int pendingCount() const { return static_cast<int>(timers_.size()); }
     // Compares the fire dates with the clock on the next event-loop turn instead of at the
     // next wake-up; worth calling after a wake from sleep or a clock change.
     void recheck() override;
 
 private:
-    struct Entry {
-        double interval = 0;
-        bool repeats = false;
-        Date fireDate;
-        std::function<void()> callback;
-    };
-
+    void changed() override { rearm(); }
     void rearm();
     void dispatch();
 
     const Clock& clock_;
-    std::map<TimerId, Entry> timers_;
-    TimerId nextId_ = 1;
     QTimer wake_;
     bool dispatching_ = false;
 };
