@@ -4,6 +4,7 @@
 #include "util/dates.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
 
 namespace quendle {
 
@@ -114,6 +115,21 @@ QJsonObject statejson(const AppModel& app)
     o["myremaintimes"] = strings(j.myremaintimes);
     o["myzoominremaintimes"] = strings(j.myzoominremaintimes);
     return o;
+}
+
+QByteArray statejsontext(const QJsonObject& state)
+{
+    QJsonObject rest = state;
+    const QJsonValue now = rest.take(QStringLiteral("now"));
+    const QByteArray body = QJsonDocument(rest).toJson(QJsonDocument::Indented);   // "{\n...}\n"
+    if (now.isUndefined())
+        return body;
+    QByteArray nowText = QJsonDocument(QJsonArray{now}).toJson(QJsonDocument::Compact);
+    nowText = nowText.mid(1, nowText.size() - 2);   // the value without its brackets
+    const QByteArray first = "{\n    \"now\": " + nowText;
+    if (rest.isEmpty())
+        return first + "\n}\n";
+    return first + ",\n" + body.mid(2);
 }
 
 } // namespace quendle

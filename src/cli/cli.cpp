@@ -241,7 +241,7 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
             out << s.name << "\n";
         return 0;
     }
-    out << QJsonDocument(statejson(app)).toJson(QJsonDocument::Indented);
+    out << statejsontext(statejson(app));
     return 0;
 }
 
