@@ -10,20 +10,28 @@
 #include <QImage>
 #include <QTemporaryDir>
 
+#include <memory>
+
 #include <gtest/gtest.h>
 
 using namespace quendle;
 
 namespace {
 
-QApplication& app()
-{
-    static int argc = 1;
-    static char name[] = "strip-test";
-    static char* argv[] = {name, nullptr};
-    static QApplication a(argc, argv);
-    return a;
-}
+// The application lives for the whole run and is gone before the program exits, so Qt
+// tears down its font caches while it still can.
+class QtApplicationEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override { app_ = std::make_unique<QApplication>(argc_, argv_); }
+    void TearDown() override { app_.reset(); }
+
+private:
+    int argc_ = 1;
+    char name_[11] = "strip-test";
+    char* argv_[2] = {name_, nullptr};
+    std::unique_ptr<QApplication> app_;
+};
+const auto* const kQtEnvironment = ::testing::AddGlobalTestEnvironment(new QtApplicationEnvironment);
 
 int alphaAt(const QImage& img, int x, int y) { return qAlpha(img.pixel(x, y)); }
 
@@ -33,7 +41,6 @@ int alphaAt(const QImage& img, int x, int y) { return qAlpha(img.pixel(x, y)); }
 // nothing at all (full transparency) around them, so the desktop shows through.
 TEST(StripWindow, PaintsOneOpaqueRowPerLegOnATransparentWindow)
 {
-    app();
     QTemporaryDir home;
     ManualClock clock;
     clock.set(datefromcivil({2026, 11, 24, 8, 0, 0}));
