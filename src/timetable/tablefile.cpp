@@ -35,7 +35,11 @@ bool isthisavalidtable(const QString& path)
 
 QString getdatefromtablefile(const QString& path)
 {
-    const QStringList lines = splittablelines(readfile(path));
+    return datefromtablelines(splittablelines(readfile(path)));
+}
+
+QString datefromtablelines(const QStringList& lines)
+{
     for (const QString& l : lines) {
         if (l.contains(QLatin1String("date"))) {
             const QStringList pieces = l.split('"');
@@ -166,7 +170,7 @@ static void filestamp(const QString& path, qint64* size, qint64* mtimeNs)
     *mtimeNs = static_cast<qint64>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec;
 }
 
-RowsPtr TableCache::linetimes(const QString& path, const QString& lineName, int dayDigit)
+TableCache::Entry& TableCache::entry(const QString& path)
 {
     qint64 size = -1, mtime = 0;
     filestamp(path, &size, &mtime);
@@ -177,6 +181,14 @@ RowsPtr TableCache::linetimes(const QString& path, const QString& lineName, int 
         e.lines = size < 0 ? QStringList() : splittablelines(readfile(path));
         e.answers.clear();
     }
+    return e;
+}
+
+const QStringList& TableCache::lines(const QString& path) { return entry(path).lines; }
+
+RowsPtr TableCache::linetimes(const QString& path, const QString& lineName, int dayDigit)
+{
+    Entry& e = entry(path);
     const QString key = lineName + QChar(0x1f) + QString::number(dayDigit);
     auto it = e.answers.constFind(key);
     if (it != e.answers.constEnd())

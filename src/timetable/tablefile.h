@@ -30,6 +30,7 @@ QStringList splittablelines(const QString& text);
 
 bool isthisavalidtable(const QString& path);
 QString getdatefromtablefile(const QString& path);     // "??" when no header
+QString datefromtablelines(const QStringList& lines);   // the same, from lines already split
 Date tabledatetodate(const QString& text);             // "22 nov 1800" when unusable
 Date getnsdatefromtablefile(const QString& path);
 Rgba hexvaltoint(const QString& hex6);                  // black when not hexadecimal
@@ -53,6 +54,8 @@ Rows linetimesfromlines(const QStringList& lines, const QString& lineName, int d
 class TableCache {
 public:
     RowsPtr linetimes(const QString& path, const QString& lineName, int dayDigit);
+    // The file's lines as splittablelines gives them; empty for a missing file.
+    const QStringList& lines(const QString& path);
     void clear();
 
 private:
@@ -62,6 +65,7 @@ private:
         QStringList lines;
         QHash<QString, RowsPtr> answers;
     };
+    Entry& entry(const QString& path);
     QHash<QString, Entry> files_;
 };
 

@@ -70,8 +70,8 @@ void Timetable::copybundledtablesifmorerecent()
     if (getmytablesinmahfold().isEmpty())
         return;
     const QString installed = folders_.gettablesfold() + "/SydneyTrains.vq";
-    const Date bundledDate = getnsdatefromtablefile(bundledPath_);
-    const Date installedDate = getnsdatefromtablefile(installed);
+    const Date bundledDate = tabledatetodate(datefromtablelines(cache_.lines(bundledPath_)));
+    const Date installedDate = tabledatetodate(datefromtablelines(cache_.lines(installed)));
     // The comparison is made relative to "now", but only the order of the two dates matters.
     if (testlumdateearlier(installedDate, bundledDate)) {
         lumdelete(installed, folders_.getprefsfold(), publisher_);
@@ -105,7 +105,7 @@ void Timetable::loadthistable(const QString& path)
     r.name = nameParts[0];
     r.displayname = fileName;
     r.datestr = QStringLiteral("jun 11");
-    r.datefile = getdatefromtablefile(path);
+    r.datefile = datefromtablelines(cache_.lines(path));
     r.tablepath = path;
     r.enabled = QStringLiteral("1");
     mytables.push_back(r);
@@ -145,9 +145,10 @@ void Timetable::setuplinesmultitable()
 }
 
 void Timetable::addlinesfromthistabletothis(const QString& path, std::vector<LineRecord>& list,
-                                            int tablenum) const
+                                            int tablenum)
 {
-    const QStringList lines = splittablelines(readfile(path));
+    // Start-up reads each table for its date, its lines and its rows: one read serves all.
+    const QStringList& lines = cache_.lines(path);
     for (const QString& l : lines) {
         if (!l.contains(QLatin1String("line name")))
             continue;

@@ -72,7 +72,7 @@ public:
 
     // --- lines and stations ---
     void setuplinesmultitable();
-    void addlinesfromthistabletothis(const QString& path, std::vector<LineRecord>& list, int tablenum) const;
+    void addlinesfromthistabletothis(const QString& path, std::vector<LineRecord>& list, int tablenum);
     void setupstnsmute();
     void rewritelinesmutewithstnnums();
     int stnnametonum(const QString& name) const;          // -1 when none
