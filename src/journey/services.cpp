@@ -84,28 +84,24 @@ std::vector<Service> Journey::getallservsnewer(int leg)
             }
         }
     }
-    // Sort positions rather than whole records: each record then moves once.
+    // Sort positions rather than whole records: a record is a few vectors, moved once here.
     std::vector<int> order(collected.size());
     for (size_t i = 0; i < order.size(); ++i)
         order[i] = static_cast<int>(i);
     std::stable_sort(order.begin(), order.end(),
                      [&](int a, int b) { return collected[a].desttime < collected[b].desttime; });
-    // Of neighbours (in arrival order) with equal departures the later-listed stays.
-    std::vector<Service> out;
-    out.reserve(order.size());
-    for (size_t k = 0; k < order.size(); ++k) {
-        if (k + 1 < order.size() && collected[order[k]].deptime == collected[order[k + 1]].deptime)
-            continue;
-        out.push_back(std::move(collected[order[k]]));
-    }
-    return out;
+    std::vector<Service> sorted;
+    sorted.reserve(order.size());
+    for (const int i : order)
+        sorted.push_back(std::move(collected[i]));
+    return removedupetrips(std::move(sorted));
 }
 
 std::vector<Service> Journey::removedupetrips(std::vector<Service> services)
 {
     // Of two neighbours with the same departure the later-listed stays; removing one and
     // testing the same place again comes to keeping each service whose successor departs
-    // otherwise (getallservsnewer applies the same rule while it sorts).
+    // otherwise.
     std::vector<Service> out;
     out.reserve(services.size());
     for (size_t i = 0; i < services.size(); ++i) {
