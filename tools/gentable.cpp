@@ -2,11 +2,13 @@
 //
 // Builds the built-in Sydney Trains table from the network description (the *.txt
 // files of the network folder, format in network/README.md): expands each route's
-// service pattern into departures, times every stop from the distances and the
-// line's running figures, and writes the table through the publisher's writer so
-// the result has exactly the publisher's layout. Anything the table readers could
-// trip over (a bad name, a clash of line identities, a time past 25:59) stops the
-// build instead of producing a table that misreads.
+// service patterns (whole-route trains and the workings over part of it) into
+// departures, times every stop from the distances and the line's running figures,
+// and writes the table through the publisher's writer so the result has exactly the
+// publisher's layout. Anything the table readers could trip over (a bad name, a clash
+// of line identities, a time past 25:59) or that would make the table say something
+// else than its description (a change point no train leaves at, two trains of a line
+// leaving a station together the same way) stops the build.
 
 #include "publisher/tablewriter.h"
 
@@ -17,6 +19,8 @@
 #include <QSaveFile>
 
 #include <algorithm>
+#include <array>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <map>
@@ -41,10 +45,14 @@ struct Station {
 };
 
 struct Pattern {
-    std::vector<std::pair<int, int>> pieces;   // (from minute, interval) in order
+    std::vector<std::pair<int, int>> pieces;   // (from minute, interval) in order; interval 0: no trains
     int last = -1;                             // minute of the last departure
+    QString text;
     bool set() const { return !pieces.empty(); }
 };
+
+enum { Weekday, Saturday, Sunday, DayTypes };
+const char* const kDayWords[DayTypes] = {"weekday", "saturday", "sunday"};
 
 struct Stop {
     double km = 0;
@@ -56,11 +64,19 @@ struct Running {
     double speed = -1;            // km/h between stops
 };
 
+// Trains that run over part of a route only (short workings, turnbacks): from one of
+// its stops to a later one; a day without a pattern has none of them.
+struct Working {
+    QString from, to;
+    std::array<Pattern, DayTypes> days;
+};
+
 struct Route {
     QString direction;
     std::vector<Stop> stops;
     std::optional<Running> running;
-    Pattern weekday, saturday, sunday;
+    std::array<Pattern, DayTypes> days;   // trains over the whole route
+    std::vector<Working> workings;
 };
 
 struct Line {
@@ -105,10 +121,16 @@ int clockminutes(const QString& hhmm)
     return t / 100 * 60 + t % 100;
 }
 
-// "0430 +30, 0600 +10, ..., last 2411"
+QString clocktext(int minutes)
+{
+    return QStringLiteral("%1%2").arg(minutes / 60, 2, 10, QLatin1Char('0')).arg(minutes % 60, 2, 10, QLatin1Char('0'));
+}
+
+// "0430 +30, 0600 +10, 0930 none, 1500 +10, ..., last 2411"
 Pattern parsepattern(const QString& text)
 {
     Pattern p;
+    p.text = text.simplified();
     const QStringList pieces = text.split(QLatin1Char(','), Qt::SkipEmptyParts);
     for (const QString& raw : pieces) {
         const QStringList words = raw.simplified().split(QLatin1Char(' '));
@@ -116,12 +138,15 @@ Pattern parsepattern(const QString& text)
             p.last = clockminutes(words[1]);
             continue;
         }
-        if (words.size() != 2 || !words[1].startsWith(QLatin1Char('+')) || p.last >= 0)
+        const bool none = words.size() == 2 && words[1] == QLatin1String("none");
+        if (words.size() != 2 || (!none && !words[1].startsWith(QLatin1Char('+'))) || p.last >= 0)
             fail(QStringLiteral("pattern piece \"%1\"").arg(raw.trimmed()));
         const int from = clockminutes(words[0]);
-        const int every = static_cast<int>(number(words[1].mid(1), QStringLiteral("interval")));
-        if (every < 1 || (!p.pieces.empty() && from <= p.pieces.back().first))
+        const int every = none ? 0 : static_cast<int>(number(words[1].mid(1), QStringLiteral("interval")));
+        if ((!none && every < 1) || (!p.pieces.empty() && from <= p.pieces.back().first))
             fail(QStringLiteral("pattern piece \"%1\" out of order").arg(raw.trimmed()));
+        if (none && (p.pieces.empty() || p.pieces.back().second == 0))
+            fail(QStringLiteral("\"none\" must follow a piece with trains: \"%1\"").arg(raw.trimmed()));
         p.pieces.emplace_back(from, every);
     }
     if (p.pieces.empty() || p.last < p.pieces.front().first)
@@ -129,6 +154,9 @@ Pattern parsepattern(const QString& text)
     return p;
 }
 
+// Each train leaves the interval in force at the one before later; one that would
+// leave inside a span without trains leaves at the span's end instead. Every change
+// point with trains must be a departure, so the description reads as the timetable.
 std::vector<int> departures(const Pattern& p)
 {
     std::vector<int> out;
@@ -138,7 +166,14 @@ std::vector<int> departures(const Pattern& p)
         while (piece + 1 < p.pieces.size() && p.pieces[piece + 1].first <= t)
             ++piece;
         t += p.pieces[piece].second;
+        for (size_t k = piece + 1; k < p.pieces.size() && p.pieces[k].first <= t; ++k)
+            if (p.pieces[k].second == 0)
+                t = k + 1 < p.pieces.size() ? std::max(t, p.pieces[k + 1].first) : INT_MAX;
     }
+    for (const auto& [from, every] : p.pieces)
+        if (every > 0 && from <= p.last && !std::binary_search(out.begin(), out.end(), from))
+            fail(QStringLiteral("pattern \"%1\": no train leaves at its change point %2")
+                     .arg(p.text, clocktext(from)));
     return out;
 }
 
@@ -150,6 +185,7 @@ void parsefile(const QString& path, Network& net)
     const QStringList rows = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
     Line* line = nullptr;
     Route* route = nullptr;
+    Working* working = nullptr;   // the day patterns that follow belong to it
     for (qsizetype n = 0; n < rows.size(); ++n) {
         const QString row = rows[n].trimmed();
         try {
@@ -178,6 +214,7 @@ void parsefile(const QString& path, Network& net)
                 net.lines.push_back(Line{rest, {}, {}, {}, {}});
                 line = &net.lines.back();
                 route = nullptr;
+                working = nullptr;
             } else if (!line) {
                 fail(QStringLiteral("\"%1\" before any line").arg(word));
             } else if (word == QLatin1String("code")) {
@@ -203,20 +240,31 @@ void parsefile(const QString& path, Network& net)
                     line->running = r;
             } else if (word == QLatin1String("route")) {
                 checkname(QStringLiteral("route"), rest);
-                line->routes.push_back(Route{rest, {}, {}, {}, {}, {}});
+                line->routes.push_back(Route{rest, {}, {}, {}, {}});
                 route = &line->routes.back();
+                working = nullptr;
             } else if (!route) {
                 fail(QStringLiteral("\"%1\" before any route").arg(word));
+            } else if (word == QLatin1String("working")) {
+                const QStringList ends = rest.split(QLatin1String(" to "));
+                if (ends.size() != 2 || ends[0].trimmed().isEmpty() || ends[1].trimmed().isEmpty())
+                    fail(QStringLiteral("working needs \"FROM to TO\""));
+                route->workings.push_back(Working{ends[0].trimmed(), ends[1].trimmed(), {}});
+                working = &route->workings.back();
             } else if (isKm) {
+                if (working)
+                    fail(QStringLiteral("stops must come before the route's workings"));
                 if (!route->stops.empty() && km <= route->stops.back().km)
                     fail(QStringLiteral("distances must increase along a route"));
                 route->stops.push_back(Stop{km, rest});
-            } else if (word == QLatin1String("weekday")) {
-                route->weekday = parsepattern(rest);
-            } else if (word == QLatin1String("saturday")) {
-                route->saturday = parsepattern(rest);
-            } else if (word == QLatin1String("sunday")) {
-                route->sunday = parsepattern(rest);
+            } else if (const auto* day = std::find_if(std::begin(kDayWords), std::end(kDayWords),
+                                                      [&](const char* w) { return word == QLatin1String(w); });
+                       day != std::end(kDayWords)) {
+                auto& days = working ? working->days : route->days;
+                Pattern& p = days[static_cast<size_t>(day - std::begin(kDayWords))];
+                if (p.set())
+                    fail(QStringLiteral("a second %1 pattern").arg(word));
+                p = parsepattern(rest);
             } else {
                 fail(QStringLiteral("unknown record \"%1\"").arg(word));
             }
@@ -245,22 +293,95 @@ int tabletime(int minutes)
     return minutes / 60 * 100 + minutes % 60;
 }
 
-ServiceRows servicerows(const Pattern& pattern, const std::vector<int>& offsets)
+QString tabletimetext(int t)
 {
-    ServiceRows rows;
-    for (int dep : departures(pattern)) {
-        std::vector<int> row;
-        for (int off : offsets) {
-            const int t = tabletime(dep + off);
-            // Services after midnight stay on their starting day with hours 24 and 25;
-            // later than that the readers' day would no longer hold them.
-            if (t > 2559)
-                fail(QStringLiteral("time %1 past 25:59").arg(t));
-            row.push_back(t);
+    return QStringLiteral("%1").arg(t, 4, 10, QLatin1Char('0'));
+}
+
+size_t stopindex(const Route& route, const QString& name)
+{
+    for (size_t i = 0; i < route.stops.size(); ++i)
+        if (route.stops[i].name == name)
+            return i;
+    fail(QStringLiteral("no stop \"%1\" on this route").arg(name));
+}
+
+// One route's rows on one day type: the trains over the whole route and those of its
+// workings, in the order they pass every stop (all of them share the route's running
+// times, so ordering by the time at the first stop orders them everywhere).
+ServiceRows servicerows(const Route& route, int dayType, const std::vector<int>& offsets)
+{
+    std::vector<std::pair<int, std::vector<int>>> timed;   // (time at the first stop, row)
+    const auto add = [&](const Pattern& p, size_t a, size_t b) {
+        if (!p.set())
+            return;
+        for (int dep : departures(p)) {
+            const int start = dep - offsets[a];
+            std::vector<int> row(offsets.size(), -1);
+            for (size_t i = a; i <= b; ++i) {
+                const int t = tabletime(start + offsets[i]);
+                // Services after midnight stay on their starting day with hours 24 and 25;
+                // later than that the readers' day would no longer hold them.
+                if (t > 2559)
+                    fail(QStringLiteral("time %1 past 25:59 at %2").arg(t).arg(route.stops[i].name));
+                row[i] = t;
+            }
+            timed.emplace_back(start, std::move(row));
         }
-        rows.push_back(std::move(row));
+    };
+    add(route.days[dayType], 0, offsets.size() - 1);
+    for (const Working& w : route.workings) {
+        try {
+            const size_t a = stopindex(route, w.from), b = stopindex(route, w.to);
+            if (a >= b)
+                fail(QStringLiteral("%1 does not come before %2 on this route").arg(w.from, w.to));
+            add(w.days[dayType], a, b);
+        } catch (const Failure& f) {
+            fail(QStringLiteral("working %1 to %2: %3").arg(w.from, w.to, f.message));
+        }
     }
+    std::stable_sort(timed.begin(), timed.end(),
+                     [](const auto& x, const auto& y) { return x.first < y.first; });
+    ServiceRows rows;
+    rows.reserve(timed.size());
+    for (auto& [start, row] : timed)
+        rows.push_back(std::move(row));
     return rows;
+}
+
+// Two trains of one line at a stop in the same minute, both going on to a stop in
+// common, would be one service to the reader, which keeps only one of two equal
+// departures: the description must keep its trains apart.
+void checkclashes(const Line& line, const std::vector<ServiceRows>& rowsByRoute, int dayType)
+{
+    struct At {
+        size_t route, row, stop;
+    };
+    std::map<std::pair<QString, int>, std::vector<At>> at;
+    for (size_t r = 0; r < rowsByRoute.size(); ++r)
+        for (size_t k = 0; k < rowsByRoute[r].size(); ++k)
+            for (size_t i = 0; i < rowsByRoute[r][k].size(); ++i)
+                if (rowsByRoute[r][k][i] != -1)
+                    at[{line.routes[r].stops[i].name, rowsByRoute[r][k][i]}].push_back({r, k, i});
+    const auto onward = [&](const At& a) {
+        std::set<QString> names;
+        const std::vector<int>& row = rowsByRoute[a.route][a.row];
+        for (size_t j = a.stop + 1; j < row.size(); ++j)
+            if (row[j] != -1)
+                names.insert(line.routes[a.route].stops[j].name);
+        return names;
+    };
+    for (const auto& [where, trains] : at)
+        for (size_t x = 0; x < trains.size(); ++x)
+            for (size_t y = x + 1; y < trains.size(); ++y) {
+                const std::set<QString> a = onward(trains[x]), b = onward(trains[y]);
+                const auto common = std::find_if(a.begin(), a.end(), [&](const QString& n) { return b.count(n) > 0; });
+                if (common != a.end())
+                    fail(QStringLiteral("%1: two %2 trains leave %3 at %4 for %5 (%6, %7)")
+                             .arg(line.name, QLatin1String(kDayWords[dayType]), where.first,
+                                  tabletimetext(where.second), *common,
+                                  line.routes[trains[x].route].direction, line.routes[trains[y].route].direction));
+            }
 }
 
 struct Summary {
@@ -283,13 +404,15 @@ QString buildtable(const Network& net, const QString& dateText, Summary& summary
     for (const Line& line : net.lines) {
         if (line.code.isEmpty() || line.colour.isEmpty() || line.routes.empty())
             fail(QStringLiteral("line %1 needs a code, a colour and routes").arg(line.name));
+        std::array<std::vector<ServiceRows>, DayTypes> rows;
+        QStringList stopsTexts;
         for (size_t d = 0; d < line.routes.size(); ++d) {
             const Route& route = line.routes[d];
             const QString where = line.name + QLatin1Char('#') + route.direction;
             const QString key = line.code + QString::number(d);
             if (!keys.insert(key).second)
                 fail(QStringLiteral("%1: line code and direction %2 used twice").arg(where, key));
-            if (route.stops.size() < 2 || !route.weekday.set() || !route.saturday.set() || !route.sunday.set())
+            if (route.stops.size() < 2 || !std::all_of(route.days.begin(), route.days.end(), [](const Pattern& p) { return p.set(); }))
                 fail(QStringLiteral("%1: needs two stops and weekday, saturday and sunday patterns").arg(where));
             const Running running = route.running.value_or(line.running);
             if (running.speed <= 0)
@@ -301,16 +424,28 @@ QString buildtable(const Network& net, const QString& dateText, Summary& summary
                     fail(QStringLiteral("%1: no location for station \"%2\"").arg(where, s.name));
                 stops << s.name + QLatin1Char('|') + st->second.h + QLatin1Char('|') + st->second.v;
             }
-            const QString stopsText = stops.join(QLatin1Char(','));
+            stopsTexts << stops.join(QLatin1Char(','));
             const std::vector<int> offsets = runningminutes(route, running);
-            for (int day : dayNumbers) {
-                const Pattern& p = day == 6 ? route.saturday : day == 0 ? route.sunday : route.weekday;
-                const ServiceRows rows = servicerows(p, offsets);
-                summary.services += static_cast<long>(rows.size());
-                files.push_back({intermediatename(line.code, static_cast<int>(d), QLatin1String(dayNames[day]), day),
-                                 convertraytostr(rows, stopsText, line.name, route.direction, line.colour)});
+            for (int t = 0; t < DayTypes; ++t) {
+                try {
+                    rows[t].push_back(servicerows(route, t, offsets));
+                } catch (const Failure& f) {
+                    fail(QStringLiteral("%1, %2: %3").arg(where, QLatin1String(kDayWords[t]), f.message));
+                }
             }
-            names << where;
+        }
+        for (int t = 0; t < DayTypes; ++t)
+            checkclashes(line, rows[t], t);
+        for (size_t d = 0; d < line.routes.size(); ++d) {
+            const Route& route = line.routes[d];
+            for (int day : dayNumbers) {
+                const ServiceRows& dayRows = rows[day == 6 ? Saturday : day == 0 ? Sunday : Weekday][d];
+                summary.services += static_cast<long>(dayRows.size());
+                files.push_back({intermediatename(line.code, static_cast<int>(d), QLatin1String(dayNames[day]), day),
+                                 convertraytostr(dayRows, stopsTexts[static_cast<qsizetype>(d)], line.name,
+                                                 route.direction, line.colour)});
+            }
+            names << line.name + QLatin1Char('#') + route.direction;
             headers << files.back().text.split(QLatin1Char('\n')).value(1);
             ++summary.blocks;
         }
