@@ -167,3 +167,28 @@ TEST(CliProgram, QuendleNowStartsTheClockThere)
     EXPECT_TRUE(o["now"].toString().startsWith("2014-03-09T17:04:5")) << o["now"].toString().toStdString();
     EXPECT_TRUE(o["now"].toString().endsWith("+11:00"));
 }
+
+TEST_F(CliTest, WesternLineMorningPeakTrainsAreMinutesApart)
+{
+    // A Tuesday at 07:30 from Emu Plains to Central: the strip's next service, and the
+    // ones after it within the hour, no more than a few minutes apart.
+    const Date at = sydney(2026, 11, 24, 7, 30);
+    const CliRun next = run({"--journey", "Emu Plains|Central", "next"}, at);
+    ASSERT_EQ(next.status, 0) << next.err.toStdString();
+    EXPECT_TRUE(next.out.contains("Emu Plains 7:3")) << next.out.toStdString();
+    const CliRun r = run({"--journey", "Emu Plains|Central", "dump"}, at);
+    ASSERT_EQ(r.status, 0) << r.err.toStdString();
+    const QJsonArray leg = QJsonDocument::fromJson(r.out.toUtf8()).object()["myservsmultid"].toArray()[0].toArray();
+    std::vector<QDateTime> departures;
+    for (const QJsonValue& s : leg) {
+        const QDateTime dep = QDateTime::fromString(s.toObject()["deptime"].toString(), Qt::ISODate);
+        if (dep >= QDateTime::fromString("2026-11-24T07:30:00+11:00", Qt::ISODate)
+            && dep < QDateTime::fromString("2026-11-24T08:30:00+11:00", Qt::ISODate))
+            departures.push_back(dep);
+    }
+    std::sort(departures.begin(), departures.end());
+    ASSERT_GE(departures.size(), 10u);
+    EXPECT_LE(departures.front().secsTo(QDateTime::fromString("2026-11-24T07:30:00+11:00", Qt::ISODate)), 0);
+    for (size_t i = 1; i < departures.size(); ++i)
+        EXPECT_LE(departures[i - 1].secsTo(departures[i]), 7 * 60) << departures[i].toString(Qt::ISODate).toStdString();
+}

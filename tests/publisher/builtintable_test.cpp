@@ -9,6 +9,9 @@
 #include <QRegularExpression>
 #include <QSet>
 
+#include <array>
+#include <cstdlib>
+
 #include <gtest/gtest.h>
 
 using namespace quendle;
@@ -144,4 +147,115 @@ TEST(BuiltinTable, EveryDayHasServicesAndRowsRunForward)
         defaultJourney = defaultJourney || everyBlock;
     }
     EXPECT_TRUE(defaultJourney);
+}
+
+namespace {
+
+struct Target {
+    QString code, line;
+    int trips[3] = {0, 0, 0};   // weekday, Saturday, Sunday
+};
+
+QString sourcefile(const QString& relative)
+{
+    return qEnvironmentVariable("QUENDLE_SOURCE_DIR") + QLatin1Char('/') + relative;
+}
+
+std::vector<Target> readtargets()
+{
+    std::vector<Target> out;
+    QFile file(sourcefile(QStringLiteral("network/targets.csv")));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text)) << qPrintable(file.fileName());
+    const QStringList rows = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (const QString& row : rows) {
+        if (row.startsWith(QLatin1Char('#')) || row.startsWith(QLatin1String("code,")))
+            continue;
+        const QStringList f = row.split(QLatin1Char(','));
+        EXPECT_EQ(f.size(), 5) << qPrintable(row);
+        if (f.size() == 5)
+            out.push_back({f[0], f[1], {f[2].toInt(), f[3].toInt(), f[4].toInt()}});
+    }
+    return out;
+}
+
+// Services of a line (all its directions) on a day, as the reader picks the day block:
+// the first block of each direction whose DAYS hold the day's digit.
+int servicesonday(const QString& line, QChar digit)
+{
+    int n = 0;
+    for (const LineBlock& b : table().lines) {
+        if (linename(b) != line)
+            continue;
+        for (const auto& [days, rows] : b.days)
+            if (days.contains(digit)) {
+                n += static_cast<int>(rows.size());
+                break;
+            }
+    }
+    return n;
+}
+
+} // namespace
+
+TEST(BuiltinTable, EveryLineRunsWithinTenPercentOfItsTripsPerDay)
+{
+    // Tuesday stands for the weekday block; a Friday reads the Saturday block, so the
+    // data set's Friday figures have nothing to hold here.
+    const QChar digits[3] = {QLatin1Char('2'), QLatin1Char('6'), QLatin1Char('0')};
+    const char* const dayNames[3] = {"weekday", "Saturday", "Sunday"};
+    const std::vector<Target> targets = readtargets();
+    EXPECT_EQ(targets.size(), 12u);
+    for (const Target& t : targets)
+        for (int d = 0; d < 3; ++d) {
+            const int built = servicesonday(t.line, digits[d]);
+            EXPECT_GT(t.trips[d], 0) << qPrintable(t.line);
+            EXPECT_LE(std::abs(built - t.trips[d]) * 10, t.trips[d])
+                << qPrintable(t.line) << " on a " << dayNames[d] << ": " << built << " services against "
+                << t.trips[d] << " trips in 2019";
+        }
+    // The lines without a 2019 figure still run every day.
+    for (const char* line : {"T3 Liverpool & Inner West Line", "T6 Lidcombe & Bankstown Line"})
+        for (const QChar digit : digits)
+            EXPECT_GT(servicesonday(QLatin1String(line), digit), 40) << line;
+}
+
+TEST(BuiltinTable, TargetsAreTheDataSetsFigures)
+{
+    // The committed figures, recounted from the data set where it is at hand.
+    const QString source = qEnvironmentVariable("QUENDLE_SOURCE_DIR");
+    QString csv;
+    for (const QString& dir : {source + QStringLiteral("/../shared/data"), QStringLiteral("/work/shared/data")})
+        if (QFile::exists(dir + QStringLiteral("/sydney-trains-2019/route_trips_per_day.csv")))
+            csv = dir + QStringLiteral("/sydney-trains-2019/route_trips_per_day.csv");
+    if (csv.isEmpty())
+        GTEST_SKIP() << "the 2019 data set (shared/data/sydney-trains-2019) is not here; nothing to recount";
+    QFile file(csv);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly | QIODevice::Text));
+    QStringList rows = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    const QStringList header = rows.takeFirst().split(QLatin1Char(','));
+    const auto column = [&](const QString& start) {
+        for (qsizetype i = 0; i < header.size(); ++i)
+            if (header[i].startsWith(start))
+                return i;
+        ADD_FAILURE() << "no column " << qPrintable(start);
+        return qsizetype(0);
+    };
+    const qsizetype lineCol = column(QStringLiteral("line")), tue = column(QStringLiteral("weekday (Tue")),
+                    sat = column(QStringLiteral("Saturday")), sun = column(QStringLiteral("Sunday"));
+    QMap<QString, std::array<int, 3>> sums;
+    for (const QString& row : rows) {
+        // The long names hold no comma; the headsigns come last.
+        const QStringList f = row.split(QLatin1Char(','));
+        if (f.size() <= sun)
+            continue;
+        auto& s = sums[f[lineCol]];
+        s[0] += f[tue].toInt();
+        s[1] += f[sat].toInt();
+        s[2] += f[sun].toInt();
+    }
+    for (const Target& t : readtargets()) {
+        ASSERT_TRUE(sums.contains(t.code)) << qPrintable(t.code);
+        for (int d = 0; d < 3; ++d)
+            EXPECT_EQ(sums[t.code][d], t.trips[d]) << qPrintable(t.code) << " day " << d;
+    }
 }
