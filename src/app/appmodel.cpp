@@ -21,6 +21,10 @@ AppModel::AppModel(Platform& platform, Options options)
 {
     timetable_ = std::make_unique<Timetable>(folders_, false);
     journey_ = std::make_unique<Journey>(*timetable_, *platform_.clock, *platform_.timers, *this, view_);
+    display_ = std::make_unique<Display>(*journey_, *timetable_, view_, *platform_.clock, *platform_.timers,
+                                         *this, lumdebug);
+    display_->setwindow(platform_.window);
+    display_->alerts = platform_.alerts;
 }
 
 AppModel::~AppModel() = default;
@@ -32,6 +36,7 @@ void AppModel::initWithFrame()
     setupstuff();
     calctripoptimizelater();
     refreshdisplay();
+    display_->adjustclippingbasedonjourneylength();
 }
 
 void AppModel::awakeFromNib()
@@ -78,7 +83,7 @@ void AppModel::setuptimers()
     Timers& t = *platform_.timers;
     // Left running unreferenced on purpose: the remaining times are refreshed from two timers.
     t.schedule(60, true, [this] { calcremaintimr(); });
-    painttimer = t.schedule(kNever, true, [this] { painttimerfunc(); });
+    display_->painttimer = t.schedule(kNever, true, [this] { display_->painttimerfunc(); });
     scrolltexttimer = t.schedule(kNever, true, [] {});
     updatetimer = t.schedule(kNever, true, [this] { updatetimerfunc(); });
     myactualindextimer = t.schedule(kNever, true, [this] { journey_->autoscrollactualindexfunc(); });
@@ -98,7 +103,12 @@ void AppModel::setuptimers()
 
 void AppModel::calcremaintimr() { journey_->calcremaintimr(); }
 
-void AppModel::fivesecafterlaunchfunc() { redisplay(); }
+void AppModel::fivesecafterlaunchfunc()
+{
+    display_->adjustclippingbasedonjourneylength();
+    display_->getmyselectionsquares();
+    redisplay();
+}
 
 void AppModel::garbagecleanup() { calctripoptimizelater(); }
 
@@ -109,16 +119,7 @@ void AppModel::zoominfunc()
     platform_.timers->setFireDate(zoomintimer, now().plusSeconds(kOneYear));
     writeprefs();
     redisplay();
-}
-
-void AppModel::painttimerfunc()
-{
-    numtopaint += 1;
-    redisplay();
-    if (numtopaint > stopsonthistrip) {
-        platform_.timers->invalidate(painttimer);
-        painttimer = kNoTimer;
-    }
+    display_->adjustclippingbasedonjourneylength();
 }
 
 void AppModel::updatetimerfunc() { runupdatesincelaunch = 1; }
@@ -215,14 +216,11 @@ void AppModel::lumbuildfold()
 
 bool AppModel::lummakedir(const QString& path) { return quendle::lummakedir(path); }
 
-void AppModel::setwindowsize()
-{
-    if (platform_.window)
-        platform_.window->setFrame(Rect{0, 0, 700, 200}, true);
-}
+void AppModel::setwindowsize() { display_->setwindowsize(); }
 
 void AppModel::refreshdisplay()
 {
+    display_->adjustclippingbasedonjourneylength();
     redisplay();
     if (platform_.window && !journey_->myjournstr.isEmpty()) {
         journey_->calcremstr();
@@ -236,6 +234,10 @@ void AppModel::redisplay()
     if (platform_.window)
         platform_.window->redisplay();
 }
+
+void AppModel::calccurrentdisplay() { display_->calccurrentdisplay(); }
+
+void AppModel::drawnewmappoints() { display_->drawnewmappoints(); }
 
 void AppModel::writeprefs()
 {
@@ -259,6 +261,9 @@ void AppModel::calctripoptimizelater()
     j.setgetmoreservstimer();
     j.setactualindextimer();
     writeprefs();
+    display_->adjustclippingbasedonjourneylength();
+    display_->zoomontrip();
+    display_->getmyselectionsquares();
     logdebug(QStringLiteral("endcalctrip"));
 }
 

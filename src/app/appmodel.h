@@ -3,6 +3,7 @@
 // full recalculation of the journey, owns the timers and answers the modules'
 // upward calls (redraw, save, recalculate). Both front ends drive one of these.
 
+#include "display/display.h"
 #include "journey/journey.h"
 #include "platform/host.h"
 #include "platform/platform.h"
@@ -38,7 +39,6 @@ public:
     void fivesecafterlaunchfunc();
     void garbagecleanup();
     void zoominfunc();
-    void painttimerfunc();
     void updatetimerfunc();
     void makeSleep() {}
     void makeWake() { wakefromsleep(); }
@@ -65,8 +65,8 @@ public:
     void redisplay() override;
     void writeprefs() override;
     void calctripoptimizelater() override;
-    void calccurrentdisplay() override {}
-    void drawnewmappoints() override {}
+    void calccurrentdisplay() override;
+    void drawnewmappoints() override;
     void addminstoalarm(int) override {}
 
     Date now() const { return platform_.clock->now(); }
@@ -76,6 +76,8 @@ public:
     Journey& journey() { return *journey_; }
     const Journey& journey() const { return *journey_; }
     ViewState& view() { return view_; }
+    Display& display() { return *display_; }
+    const Display& display() const { return *display_; }
     Platform& platform() { return platform_; }
 
     // Timers (held) and flags owned here.
@@ -89,16 +91,12 @@ public:
     TimerId nextservtimer = kNoTimer;
     TimerId mouseTimer = kNoTimer;
     TimerId timer = kNoTimer;
-    TimerId painttimer = kNoTimer;
-    TimerId animatetimer = kNoTimer;
     TimerId scrolltexttimer = kNoTimer;
     int lumdebug = 1;
     int lumdebugfix = 0;
     int runupdatesincelaunch = 0;
     int checkforupdates = 1;
     std::vector<Date> mylastupdateray;
-    int numtopaint = 1111;
-    int stopsonthistrip = 1111;
 
 private:
     Platform& platform_;
@@ -107,6 +105,7 @@ private:
     ViewState view_;
     std::unique_ptr<Timetable> timetable_;
     std::unique_ptr<Journey> journey_;
+    std::unique_ptr<Display> display_;
 };
 
 } // namespace quendle

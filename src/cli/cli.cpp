@@ -2,10 +2,14 @@
 
 #include "app/appmodel.h"
 #include "app/statejson.h"
+#include "paint/strippainter.h"
 #include "util/dates.h"
 #include "util/durations.h"
 
+#include <QGuiApplication>
+#include <QImage>
 #include <QJsonDocument>
+#include <QSaveFile>
 
 #include <algorithm>
 
@@ -22,6 +26,9 @@ const char* const kUsage =
     "  stations           every known station, one a line\n"
     "  lines              every line: number, name, colour and stops\n"
     "  table check FILE   whether FILE is a usable table, and what it holds\n"
+    "  render FILE.png [--zoomed-out] [--width N]\n"
+    "                     paint the strip as it looks now into a PNG (N: the picture's\n"
+    "                     width in pixels; the strip is drawn at that scale)\n"
     "\n"
     "Options:\n"
     "  --now ISO8601      run as if the clock read this instant (as QUENDLE_NOW does)\n"
@@ -123,6 +130,74 @@ int cmdtablecheck(const QString& path, QTextStream& out)
     return t.valid ? 0 : 1;
 }
 
+struct RenderArgs {
+    QString file;
+    bool zoomedout = false;
+    int width = 0;   // 0: the window's own width
+    QString error;
+};
+
+RenderArgs parserenderargs(const QStringList& rest)
+{
+    RenderArgs r;
+    for (int i = 1; i < rest.size(); ++i) {
+        const QString a = rest[i];
+        if (a == QLatin1String("--zoomed-out")) {
+            r.zoomedout = true;
+        } else if (a == QLatin1String("--width") || a.startsWith(QLatin1String("--width="))) {
+            QString v;
+            if (a.startsWith(QLatin1String("--width=")))
+                v = a.mid(8);
+            else if (i + 1 < rest.size())
+                v = rest[++i];
+            bool ok = false;
+            r.width = v.toInt(&ok);
+            if (!ok || r.width < 16 || r.width > 8000)
+                r.error = QStringLiteral("--width needs a whole number of pixels from 16 to 8000, not \"%1\"").arg(v);
+        } else if (a.startsWith(QLatin1String("--"))) {
+            r.error = QStringLiteral("render does not know the option \"%1\"").arg(a);
+        } else if (r.file.isEmpty()) {
+            r.file = a;
+        } else {
+            r.error = QStringLiteral("render takes one file name");
+        }
+    }
+    if (r.error.isEmpty() && r.file.isEmpty())
+        r.error = QStringLiteral("render needs the name of the PNG file to write");
+    return r;
+}
+
+// The strip as the window shows it now, painted offscreen by the strip's own painter.
+int cmdrender(AppModel& app, const RenderArgs& r, QTextStream& out, QTextStream& err)
+{
+    if (!qobject_cast<QGuiApplication*>(QCoreApplication::instance())) {
+        err << "quendle-cli: render needs the graphical (offscreen) application object\n";
+        return 1;
+    }
+    Display& d = app.display();
+    if (r.zoomedout) {
+        app.view().zoomed = 0;
+        d.adjustclippingbasedonjourneylength();
+    }
+    // A picture shows the map's trip drawn to the end, as the running strip does a moment later.
+    while (d.painttimer != kNoTimer && app.platform().timers->isValid(d.painttimer))
+        d.painttimerfunc();
+    const Rect f = d.window() ? d.window()->frame() : Rect{0, 0, 620, 75};
+    const QSizeF size(f.w, f.h);
+    const qreal dpr = r.width > 0 ? r.width / size.width() : 1.0;
+    const QImage img = StripPainter(app, dpr).renderview(size);
+    QSaveFile file(r.file);
+    if (!file.open(QIODevice::WriteOnly) || !img.save(&file, "PNG") || !file.commit()) {
+        err << "quendle-cli: cannot write \"" << r.file << "\": "
+            << (file.errorString().isEmpty() ? QStringLiteral("the picture could not be encoded") : file.errorString())
+            << "\n";
+        return 1;
+    }
+    out << r.file << ": " << img.width() << " × " << img.height() << " pixels, the strip "
+        << (r.zoomedout ? "zoomed out" : "zoomed in") << " at " << lumdatedisplay(app.now()) << "\n";
+    return 0;
+}
+
 } // namespace
 
 CliGlobals parseglobals(const QStringList& args)
@@ -199,12 +274,21 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
         }
         return cmdtablecheck(g.rest[2], out);
     }
-    static const QStringList known = {"next", "dump", "stations", "lines"};
+    static const QStringList known = {"next", "dump", "stations", "lines", "render"};
     if (cmd.isEmpty() || !known.contains(cmd)) {
         if (!cmd.isEmpty())
             err << "quendle-cli: unknown command \"" << cmd << "\"\n\n";
         err << kUsage;
         return 2;
+    }
+
+    RenderArgs render;
+    if (cmd == QLatin1String("render")) {
+        render = parserenderargs(g.rest);
+        if (!render.error.isEmpty()) {
+            err << "quendle-cli: " << render.error << "\n\n" << kUsage;
+            return 2;
+        }
     }
 
     AppModel app(platform, AppModel::Options{false});
@@ -236,6 +320,8 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
         return cmdnext(app, out);
     if (cmd == QLatin1String("lines"))
         return cmdlines(app, out);
+    if (cmd == QLatin1String("render"))
+        return cmdrender(app, render, out, err);
     if (cmd == QLatin1String("stations")) {
         for (const StationRecord& s : app.timetable().stnsmute)
             out << s.name << "\n";

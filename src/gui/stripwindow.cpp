@@ -1,7 +1,7 @@
 #include "gui/stripwindow.h"
 
 #include "app/appmodel.h"
-#include "util/dates.h"
+#include "paint/strippainter.h"
 
 #include <QApplication>
 #include <QGuiApplication>
@@ -82,45 +82,12 @@ void MyNSView::quit() { QApplication::quit(); }
 void MyNSView::paintEvent(QPaintEvent*)
 {
     QPainter p(this);
-    p.setRenderHint(QPainter::Antialiasing);
-    if (!model_)
+    if (!model_) {
+        p.setCompositionMode(QPainter::CompositionMode_Source);
+        p.fillRect(rect(), Qt::transparent);
         return;
-    const Journey& j = model_->journey();
-    const Timetable& tt = model_->timetable();
-    const int rowHeight = 70;
-    QFont big(QStringLiteral("Arial"));
-    big.setPixelSize(17);
-    QFont small = big;
-    small.setPixelSize(13);
-    for (int leg = 0; leg + 1 < j.myjournstr.size(); ++leg) {
-        const QRectF row(4, 4 + leg * rowHeight, width() - 8, rowHeight - 6);
-        QPainterPath path;
-        path.addRoundedRect(row, 12, 12);
-        QColor colour(20, 24, 32, 200);
-        const int i = j.getthisviewindex(leg);
-        const bool has = leg < static_cast<int>(j.myservsmultid.size()) && i >= 0
-            && i < static_cast<int>(j.myservsmultid[leg].size());
-        if (has) {
-            const Rgba c = tt.linesmute[j.myservsmultid[leg][i].linenum].nscol;
-            colour = QColor::fromRgbF(c.r * 0.55, c.g * 0.55, c.b * 0.55, 0.85);
-        }
-        p.fillPath(path, colour);
-        p.setPen(Qt::white);
-        p.setFont(big);
-        const QString stations = j.myjournstr[leg] + "  →  " + j.myjournstr[leg + 1];
-        p.drawText(row.adjusted(14, 6, -14, -rowHeight / 2), Qt::AlignLeft | Qt::AlignVCenter, stations);
-        p.setFont(small);
-        QString detail = QStringLiteral("no services in the next days");
-        if (has) {
-            const Service& s = j.myservsmultid[leg][i];
-            detail = datetoshrtstr(s.deptime) + " → " + datetoshrtstr(s.desttime) + "    "
-                + tt.linesmute[s.linenum].dispname;
-            if (leg < j.myzoominremaintimes.size())
-                detail += (leg == 0 ? QStringLiteral("    leaves in") : QStringLiteral("    wait"))
-                    + j.myzoominremaintimes[leg];
-        }
-        p.drawText(row.adjusted(14, rowHeight / 2 - 4, -14, -4), Qt::AlignLeft | Qt::AlignVCenter, detail);
     }
+    StripPainter(*model_, devicePixelRatioF()).drawRect(p, QSizeF(size()));
 }
 
 void MyNSView::mousePressEvent(QMouseEvent* e)
@@ -141,6 +108,11 @@ void MyNSView::mouseMoveEvent(QMouseEvent* e)
         move(e->globalPosition().toPoint() - dragOffset_);
 }
 
-void MyNSView::mouseReleaseEvent(QMouseEvent*) { dragging_ = false; }
+void MyNSView::mouseReleaseEvent(QMouseEvent*)
+{
+    if (dragging_ && model_)
+        model_->display().movewindowbackifoffscreen();
+    dragging_ = false;
+}
 
 } // namespace quendle

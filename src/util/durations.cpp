@@ -28,13 +28,19 @@ QString mintostr(int minutes)
     return out;
 }
 
-// Days, hours and minutes of the calendar difference from -> to + 1 minute.
+// Days, hours and minutes of the calendar difference from -> to, after one minute is
+// added to whichever of the two is strictly later. A moment already past therefore gives
+// negative components (a service that left 32 seconds ago is -1 minute away, not 0), and
+// two equal moments give none at all.
 static void components(Date from, Date to, int* d, int* h, int* m)
 {
-    const Date later = addminstodate(to, 1);
-    *d = calcdaysdiffint(from, later);
+    if (to > from)
+        to = addminstodate(to, 1);
+    else if (from > to)
+        from = addminstodate(from, 1);
+    *d = calcdaysdiffint(from, to);
     // The total counts whole months out already; what is left over the days is hours and minutes.
-    const int rest = calctimediffint(from, later) - *d * 24 * 60;
+    const int rest = calctimediffint(from, to) - *d * 24 * 60;
     *h = rest / 60;
     *m = rest % 60;
 }

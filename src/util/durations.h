@@ -9,7 +9,9 @@ namespace quendle {
 
 QString mintohrminstr(int minutes);        // "1 h 5 min"
 QString mintostr(int minutes);             // "1h15m"
-QString calctimediff(Date from, Date to);  // " 1h 5m", " 1 min" under a minute
+// Days, hours and minutes from -> to, the later of the two moved one minute on:
+// " 1h 5m"; " 1 min" for equal moments; "" (or a partial text) when `to` is already past.
+QString calctimediff(Date from, Date to);
 QString calctimediffabbrev(Date from, Date to, int ignored); // minutes spelled out, for speech
 
 } // namespace quendle

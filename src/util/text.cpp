@@ -172,6 +172,11 @@ bool lumregexvalid(const QString& regex)
     return U_SUCCESS(status) && p;
 }
 
+QString abbreviatelinename(const QString& name)
+{
+    return lumregextremestr(name, QStringLiteral("([A-Z][a-z]{1,}\\s)?[A-Z][a-z]{1,}(?=\\sLine)"));
+}
+
 QString lumstrreplace(const QString& text, const QString& find, const QString& replacement)
 {
     if (find.isEmpty())   // nothing to find: QString would insert between every character

@@ -12,6 +12,11 @@ QStringList lumregexsplit(const QString& text, const QString& regex);
 QString lumregexreplace(const QString& text, const QString& regex, const QString& replacement);
 bool lumregexvalid(const QString& regex);
 
+// The short name of a line: the one or two capitalised words directly before " Line"
+// ("T1 North Shore & Western Line" -> "Western"), or "" when there are none. Tiles and
+// the trackwork's line lookups both match line names by it.
+QString abbreviatelinename(const QString& name);
+
 QString lumstrreplace(const QString& text, const QString& find, const QString& replacement);
 QString removespacesfromstring(const QString& text);
 bool isthisinthat(const QString& a, const QString& b);

@@ -9,7 +9,8 @@ struct ViewState {
     int inalarmscreen = 0;   // the alarm panel is shown
     int imfocusd = 0;        // the application is active
     int vimselectin = 0;     // the selected leg
-    int showinmap = 0;       // the map is shown
+    int showinmap = 1;       // the map is shown (beside the zoomed-out strip)
+    int mytwview = 0;        // the trackwork panel is shown instead of the tiles
     int textscroll = 0;
 };
 
