@@ -11,6 +11,7 @@ packages=(
   qt6-base-dev qt6-svg-dev qt6-speech-dev qt6-declarative-dev qt6-speech-speechd-plugin qt6-qpa-plugins libgl-dev
   libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth
+  librsvg2-bin desktop-file-utils appstream groff-base dpkg-dev file debootstrap
 )
 
 missing=()
