@@ -1,6 +1,6 @@
 # bash completion for quendle-cli: commands (read from the program's own usage text, so
 # new commands complete without changes here), options, station names in --journey
-# (after each "|") and files after "table check".
+# (after each "|"), files after "table check" and pictures after "render".
 
 _quendle_cli_commands()
 {
@@ -56,6 +56,17 @@ _quendle_cli()
         else
             compopt -o filenames 2>/dev/null
             COMPREPLY=($(compgen -f -- "$cur"))
+        fi
+        return 0
+    fi
+    if [[ $cmd == render ]]; then
+        if [[ $prev == --width ]]; then
+            return 0
+        elif [[ $cur == -* ]]; then
+            COMPREPLY=($(compgen -W '--zoomed-out --width' -- "$cur"))
+        else
+            compopt -o filenames 2>/dev/null
+            COMPREPLY=($(compgen -f -X '!*.png' -- "$cur") $(compgen -d -- "$cur"))
         fi
         return 0
     fi

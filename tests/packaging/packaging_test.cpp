@@ -68,8 +68,8 @@ std::pair<QStringList, QStringList> usage()
     for (const QString& line : text.split(QLatin1Char('\n'))) {
         if (line.startsWith(QLatin1String("Commands:")) || line.startsWith(QLatin1String("Options:")))
             inCommands = line.startsWith(QLatin1String("Commands:"));
-        else if (inCommands && line.startsWith(QLatin1String("  ")))
-            commands << line.trimmed().section(QLatin1Char(' '), 0, 0);
+        else if (const auto m = QRegularExpression(QStringLiteral("^  ([a-z][a-z-]*)")).match(line); inCommands && m.hasMatch())
+            commands << m.captured(1);   // deeper indents continue the line above
         for (const auto& m : QRegularExpression(QStringLiteral("--[a-z-]+")).globalMatch(line))
             if (!inCommands && !options.contains(m.captured()))
                 options << m.captured();
@@ -146,6 +146,7 @@ TEST(Packaging, BashCompletionOffersCommandsOptionsAndStations)
         {{cli, "--journey", "\"Emu Plains|Cent"}, {"\"Emu Plains|Central"}},
         {{cli, "table", ""}, {"check"}},
         {{cli, "--journey", "Central|Redfern", "ne"}, {"next"}},
+        {{cli, "render", "strip.png", "--z"}, {"--zoomed-out"}},
     };
     for (const auto& [words, expected] : cases) {
         QString script = QStringLiteral("source \"$1\"; shift; COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); "
