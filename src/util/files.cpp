@@ -65,20 +65,47 @@ QString readfile(const QString& path)
     return text;
 }
 
+namespace {
+
+bool savefile(const QString& path, const QString& text, QString* why)
+{
+    QSaveFile f(path);
+    // Unbuffered, so that a short write (a full disk takes what fits and then refuses the
+    // rest without an error) shows here rather than committing a cut-off file.
+    if (!f.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        *why = f.errorString();
+        return false;
+    }
+    const QByteArray bytes = text.toUtf8();
+    if (f.write(bytes) != bytes.size()) {
+        *why = f.error() != QFileDevice::NoError ? f.errorString() : QStringLiteral("the disk is full");
+        f.cancelWriting();
+        f.commit();   // with writing cancelled, this only removes the sibling file
+        return false;
+    }
+    if (!f.commit()) {
+        *why = f.errorString();
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
 QString writefile(const QString& text, const QString& folder, const QString& name)
 {
     const QString path = folder + name;
     // Written beside the old file and renamed over it, so a full disk keeps the old text.
-    QSaveFile f(path);
-    if (!f.open(QIODevice::WriteOnly)) {
-        qWarning("writefile: cannot write %s: %s", qPrintable(path), qPrintable(f.errorString()));
-        return path;
-    }
-    f.write(text.toUtf8());
-    if (!f.commit())
-        qWarning("writefile: %s not written, old file kept: %s", qPrintable(path),
-                 qPrintable(f.errorString()));
+    QString why;
+    if (!savefile(path, text, &why))
+        qWarning("writefile: %s not written, old file kept: %s", qPrintable(path), qPrintable(why));
     return path;
+}
+
+bool replacefile(const QString& path, const QString& text)
+{
+    QString why;
+    return savefile(path, text, &why);
 }
 
 bool lumexist(const QString& path) { return !path.isEmpty() && QFileInfo::exists(path); }

@@ -9,6 +9,10 @@ QString readfile(const QString& path);   // whole text (UTF-8, else local 8-bit)
 // Writes text as UTF-8 to folder + name (plain concatenation), replacing any file there.
 // The old file survives a failed write (full disk). Returns the path.
 QString writefile(const QString& text, const QString& folder, const QString& name);
+// Replaces the file at path by text (UTF-8): written to a sibling file, flushed and renamed
+// over the old one, so a crash or a full disk leaves the old file or the new one, never a
+// mix. false when it failed (the old file is then untouched); quiet, the caller decides.
+bool replacefile(const QString& path, const QString& text);
 bool lumexist(const QString& path);
 bool lumcopy(const QString& from, const QString& to);  // false when `to` exists
 void lummove(const QString& from, const QString& to);
