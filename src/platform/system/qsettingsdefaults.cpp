@@ -58,4 +58,9 @@ void QSettingsDefaults::synchronize()
         qWarning().noquote() << QStringLiteral("quendle: cannot write the settings file %1").arg(path_);
 }
 
+bool QSettingsDefaults::synchronizeFailed() const
+{
+    return settings_->status() == QSettings::AccessError;
+}
+
 } // namespace quendle

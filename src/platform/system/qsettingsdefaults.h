@@ -24,6 +24,7 @@ public:
     QString stringForKey(const QString& key) const override;
     void setString(const QString& key, const QString& value) override;
     void synchronize() override;
+    bool synchronizeFailed() const override;
 
     QString filePath() const { return path_; }
     static QString defaultFilePath();
