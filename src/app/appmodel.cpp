@@ -14,17 +14,32 @@ namespace {
 constexpr double kNever = 6000000000000000.0;
 constexpr double kNeverShort = 600000000.0;
 constexpr double kOneYear = 31536000.0;
-}
+
+// What the strip reads of the alarm.
+class UserStateAlarms : public AlarmView {
+public:
+    explicit UserStateAlarms(const UserState& u) : u_(u) {}
+    int alarmdefaultmins() const override { return u_.alarmdefaultmins; }
+    bool doigotalarm() const override { return u_.doigotalarm(); }
+
+private:
+    const UserState& u_;
+};
+} // namespace
 
 AppModel::AppModel(Platform& platform, Options options)
     : platform_(platform), options_(options), folders_(platform.homeDir)
 {
     timetable_ = std::make_unique<Timetable>(folders_, false);
     journey_ = std::make_unique<Journey>(*timetable_, *platform_.clock, *platform_.timers, *this, view_);
+    userstate_ = std::make_unique<UserState>(*journey_, *timetable_, platform_, *this, view_, folders_);
+    userstate_->mylastupdateray = &mylastupdateray;
+    alarmview_ = std::make_unique<UserStateAlarms>(*userstate_);
     display_ = std::make_unique<Display>(*journey_, *timetable_, view_, *platform_.clock, *platform_.timers,
                                          *this, lumdebug);
     display_->setwindow(platform_.window);
     display_->alerts = platform_.alerts;
+    display_->setalarms(alarmview_.get());
 }
 
 AppModel::~AppModel() = default;
@@ -58,10 +73,15 @@ void AppModel::setupstuff()
     // The first update check must find the last one long overdue.
     mylastupdateray = {adddaystodate(now(), -165)};
     Journey& j = *journey_;
+    UserState& u = *userstate_;
+    u.myfavs.clear();
+    u.myfavstoshow.clear();
+    u.mybookmarks.clear();
     j.myservsmultid.clear();
     j.mytraveltimes.clear();
     j.mytraveltimesint.clear();
     j.myremaintimes.clear();
+    u.removealarm();
     j.myfuturetimes.clear();
     j.stickyindexes.clear();
     j.myjournstr = QStringList{QStringLiteral("Bondi Junction"), QStringLiteral("Edgecliff")};
@@ -72,6 +92,7 @@ void AppModel::setupstuff()
     tt.setupstnsmute();
     tt.rewritelinesmutewithstnnums();
     j.setupstnconnections(platform_.appDataDir + "/stationconnections.txt");
+    u.readprefs();
     loaddefaultsifappcrashed();
     setuptimers();
     setwindowsize();
@@ -132,6 +153,7 @@ void AppModel::wakefromsleep()
     j.autoscrollactualindexfunc();
     j.needleontherecord = 1;
     j.setviewindexestocurrent();
+    userstate_->removeexpiredalarms();
     writeprefs();
     refreshdisplay();
     j.setviewforwardtimer();
@@ -224,8 +246,8 @@ void AppModel::refreshdisplay()
     redisplay();
     if (platform_.window && !journey_->myjournstr.isEmpty()) {
         journey_->calcremstr();
-        platform_.window->setStatus(journey_->myjournstr.front() + journey_->remstr,
-                                    QStringLiteral("sydtrainsiconn"));
+        const QString first = UserState::abbreviatejurnifnecc(journey_->myjournstr.front());
+        platform_.window->setStatus(first + journey_->remstr, QStringLiteral("sydtrainsiconn"));
     }
 }
 
@@ -241,8 +263,8 @@ void AppModel::drawnewmappoints() { display_->drawnewmappoints(); }
 
 void AppModel::writeprefs()
 {
-    if (!options_.saveState)
-        return;
+    if (options_.saveState)
+        userstate_->writeprefs();
 }
 
 void AppModel::calctripoptimizelater()

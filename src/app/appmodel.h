@@ -8,6 +8,7 @@
 #include "platform/host.h"
 #include "platform/platform.h"
 #include "timetable/timetable.h"
+#include "userstate/userstate.h"
 #include "util/folders.h"
 #include "util/viewstate.h"
 
@@ -67,7 +68,7 @@ public:
     void calctripoptimizelater() override;
     void calccurrentdisplay() override;
     void drawnewmappoints() override;
-    void addminstoalarm(int) override {}
+    void addminstoalarm(int minutes) override { userstate_->addminstoalarm(minutes); }
 
     Date now() const { return platform_.clock->now(); }
     const Folders& folders() const { return folders_; }
@@ -75,7 +76,12 @@ public:
     const Timetable& timetable() const { return *timetable_; }
     Journey& journey() { return *journey_; }
     const Journey& journey() const { return *journey_; }
+    UserState& userstate() { return *userstate_; }
+    const UserState& userstate() const { return *userstate_; }
+    // Whether writeprefs reaches the stores; a terminal run turns it on only to save a journey.
+    void setsavestate(bool on) { options_.saveState = on; }
     ViewState& view() { return view_; }
+    const ViewState& view() const { return view_; }
     Display& display() { return *display_; }
     const Display& display() const { return *display_; }
     Platform& platform() { return platform_; }
@@ -105,6 +111,8 @@ private:
     ViewState view_;
     std::unique_ptr<Timetable> timetable_;
     std::unique_ptr<Journey> journey_;
+    std::unique_ptr<UserState> userstate_;
+    std::unique_ptr<AlarmView> alarmview_;   // the strip's view of the alarm
     std::unique_ptr<Display> display_;
 };
 
