@@ -47,6 +47,32 @@ QJsonObject service(const Service& s)
     };
 }
 
+QJsonArray favourites(const std::vector<Favourite>& list)
+{
+    QJsonArray a;
+    for (const Favourite& f : list)
+        a.append(QJsonObject{{"name", f.name}, {"score", f.score}});
+    return a;
+}
+
+void adduserstate(const UserState& u, const ViewState& v, QJsonObject& o)
+{
+    o["myfavs"] = favourites(u.myfavs);
+    o["myfavstoshow"] = favourites(u.myfavstoshow);
+    QJsonArray bookmarks;
+    for (const Bookmark& b : u.mybookmarks)
+        bookmarks.append(QJsonObject{{"markheader", b.markheader}, {"substns", strings(b.substns)}, {"score", b.score}});
+    o["mybookmarks"] = bookmarks;
+    QJsonArray alarms;
+    for (const Alarm& a : u.myalarms)
+        alarms.append(QJsonObject{{"date", isolocal(a.date)}, {"dep", a.dep}, {"dest", a.dest},
+                                  {"advancemins", a.advancemins}});
+    o["myalarms"] = alarms;
+    o["alarmdefaultmins"] = u.alarmdefaultmins;
+    o["inalarmscreen"] = v.inalarmscreen;
+    o["ivereadprefs"] = u.ivereadprefs;
+}
+
 } // namespace
 
 QJsonObject statejson(const AppModel& app)
@@ -114,6 +140,7 @@ QJsonObject statejson(const AppModel& app)
     o["remstr"] = j.remstr;
     o["myremaintimes"] = strings(j.myremaintimes);
     o["myzoominremaintimes"] = strings(j.myzoominremaintimes);
+    adduserstate(app.userstate(), app.view(), o);
     return o;
 }
 

@@ -3,6 +3,7 @@
 #include "app/appmodel.h"
 #include "app/statejson.h"
 #include "paint/strippainter.h"
+#include "cli/cliplatform.h"
 #include "util/dates.h"
 #include "util/durations.h"
 
@@ -29,6 +30,10 @@ const char* const kUsage =
     "  render FILE.png [--zoomed-out] [--width N]\n"
     "                     paint the strip as it looks now into a PNG (N: the picture's\n"
     "                     width in pixels; the strip is drawn at that scale)\n"
+    "  journey            the saved journey, one station a line\n"
+    "  journey set \"A|B\"  make A, B the saved journey; the old one is kept as a bookmark\n"
+    "  bookmarks          the saved journeys, one a line, as journey set takes them\n"
+    "  favourites         the stations chosen: name, count and whether the menu offers it\n"
     "\n"
     "Options:\n"
     "  --now ISO8601      run as if the clock read this instant (as QUENDLE_NOW does)\n"
@@ -198,6 +203,90 @@ int cmdrender(AppModel& app, const RenderArgs& r, QTextStream& out, QTextStream&
     return 0;
 }
 
+// Station names from "A|B|C"; false (and a message) when one is unknown.
+bool knownstations(const AppModel& app, const QString& text, QStringList* names, QTextStream& err)
+{
+    names->clear();
+    for (const QString& n : text.split('|'))
+        if (!n.trimmed().isEmpty())
+            *names << n.trimmed();
+    QStringList all;
+    for (const StationRecord& s : app.timetable().stnsmute)
+        all << s.name;
+    for (const QString& n : *names) {
+        if (app.timetable().stnnametonum(n) < 0) {
+            err << "quendle-cli: unknown station \"" << n << "\". Closest known stations: "
+                << closeststations(n, all).join(QStringLiteral(", ")) << "\n";
+            return false;
+        }
+    }
+    return true;
+}
+
+int cmdbookmarks(const AppModel& app, QTextStream& out)
+{
+    const UserState& u = app.userstate();
+    for (int i = 0; i < static_cast<int>(u.mybookmarks.size()); ++i) {
+        out << u.mybookmarks[i].substns.join('|');
+        if (!u.isthisavalidbookmark(i))
+            out << "\t(not offered: it names a station the tables do not know)";
+        out << "\n";
+    }
+    return 0;
+}
+
+int cmdfavourites(const AppModel& app, QTextStream& out)
+{
+    const UserState& u = app.userstate();
+    for (const Favourite& f : u.myfavs) {
+        const bool offered = std::any_of(u.myfavstoshow.begin(), u.myfavstoshow.end(),
+                                         [&](const Favourite& s) { return s.name == f.name; });
+        out << f.name << "\t" << f.score << (offered ? "\toffered" : "") << "\n";
+    }
+    return 0;
+}
+
+// The journey is built as the stations menu builds it: the first station replaces the
+// journey (the old one becomes a bookmark), each further one is appended and the trip
+// recalculated, so change stations come in as usual. Saved only once it is complete.
+int cmdjourneyset(AppModel& app, const QStringList& names, Platform& platform, QTextStream& out,
+                  QTextStream& err)
+{
+    Journey& j = app.journey();
+    UserState& u = app.userstate();
+    if (names.isEmpty()) {
+        err << "quendle-cli: journey set needs at least one station, e.g. \"Central|Strathfield\"\n";
+        return 2;
+    }
+    if (names.size() > j.maxlegs) {
+        err << "quendle-cli: a journey holds at most " << j.maxlegs << " stations\n";
+        return 2;
+    }
+    u.changejourn(0, names[0]);   // keeps the journey it replaces as a bookmark
+    for (int i = 1; i < names.size(); ++i) {
+        const qsizetype before = j.myjournstr.size();
+        j.addtojourn(names[i]);
+        if (j.myjournstr.size() == before) {
+            err << "quendle-cli: with its change stations the journey " << j.myjournstr.join(QStringLiteral(" → "))
+                << " is full; \"" << names[i] << "\" cannot be added. Nothing was saved.\n";
+            return 2;
+        }
+        u.addtofavcount(names[i]);
+        app.calctripoptimizelater();
+    }
+    if (auto* overlay = dynamic_cast<OverlayDefaults*>(platform.defaults))
+        overlay->writethrough();
+    app.setsavestate(true);
+    app.writeprefs();
+    out << "Journey: " << j.myjournstr.join(QStringLiteral(" → ")) << "\n";
+    if (!u.lastsaveok()) {
+        err << "quendle-cli: the journey could not be saved (is " << app.folders().getprefsfold()
+            << " or the settings folder read-only or full?)\n";
+        return 1;
+    }
+    return 0;
+}
+
 } // namespace
 
 CliGlobals parseglobals(const QStringList& args)
@@ -274,11 +363,21 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
         }
         return cmdtablecheck(g.rest[2], out);
     }
-    static const QStringList known = {"next", "dump", "stations", "lines", "render"};
+    static const QStringList known = {"next",   "dump",    "stations",  "lines",
+                                      "render", "journey", "bookmarks", "favourites"};
     if (cmd.isEmpty() || !known.contains(cmd)) {
         if (!cmd.isEmpty())
             err << "quendle-cli: unknown command \"" << cmd << "\"\n\n";
         err << kUsage;
+        return 2;
+    }
+    const bool setting = cmd == QLatin1String("journey") && g.rest.value(1) == QLatin1String("set");
+    if (setting ? g.rest.size() != 3 : (cmd == QLatin1String("journey") && g.rest.size() != 1)) {
+        err << "quendle-cli: usage: quendle-cli journey [set \"A|B|C\"]\n";
+        return 2;
+    }
+    if (setting && g.hasJourney) {
+        err << "quendle-cli: journey set and --journey do not go together\n";
         return 2;
     }
 
@@ -291,29 +390,34 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
         }
     }
 
+    // Nothing the user owns is written, except by journey set once the journey is complete.
     AppModel app(platform, AppModel::Options{false});
     app.setupstuff();
+    if (setting) {
+        QStringList names;
+        if (!knownstations(app, g.rest[2], &names, err))
+            return 2;
+        return cmdjourneyset(app, names, platform, out, err);
+    }
     if (g.hasJourney) {
         QStringList names;
-        for (const QString& n : g.journey.split('|'))
-            if (!n.trimmed().isEmpty())
-                names << n.trimmed();
-        QStringList all;
-        for (const StationRecord& s : app.timetable().stnsmute)
-            all << s.name;
-        for (const QString& n : names) {
-            if (app.timetable().stnnametonum(n) < 0) {
-                err << "quendle-cli: unknown station \"" << n << "\". Closest known stations: "
-                    << closeststations(n, all).join(QStringLiteral(", ")) << "\n";
-                return 2;
-            }
-        }
+        if (!knownstations(app, g.journey, &names, err))
+            return 2;
         if (names.isEmpty()) {
             err << "quendle-cli: --journey needs at least one station, e.g. \"Central|Strathfield\"\n";
             return 2;
         }
         app.journey().myjournstr = names;
     }
+    if (cmd == QLatin1String("journey")) {
+        for (const QString& s : app.journey().myjournstr)
+            out << s << "\n";
+        return 0;
+    }
+    if (cmd == QLatin1String("bookmarks"))
+        return cmdbookmarks(app, out);
+    if (cmd == QLatin1String("favourites"))
+        return cmdfavourites(app, out);
     app.calctripoptimizelater();
 
     if (cmd == QLatin1String("next"))

@@ -25,6 +25,22 @@ QString OverlayDefaults::stringForKey(const QString& key) const
     return base_ ? base_->stringForKey(key) : QString();
 }
 
+void OverlayDefaults::setString(const QString& key, const QString& value)
+{
+    if (!through_) {
+        written_.insert(key, value);
+        return;
+    }
+    written_.remove(key);
+    base_->setString(key, value);
+}
+
+void OverlayDefaults::synchronize()
+{
+    if (through_)
+        base_->synchronize();
+}
+
 struct CliPlatform::Services {
     std::unique_ptr<SystemClock> clock;
     ManualClock timerClock;

@@ -11,18 +11,22 @@
 
 namespace quendle {
 
-// Reads through to another store; writes stay in memory, so a terminal run saves nothing.
+// Reads through to another store; writes stay in memory, so a terminal run saves nothing,
+// until writethrough(): from then on writes reach the store (the one command that saves).
 class OverlayDefaults : public DefaultsStore {
 public:
     explicit OverlayDefaults(DefaultsStore* base) : base_(base) {}
     bool contains(const QString& key) const override;
     QString stringForKey(const QString& key) const override;
-    void setString(const QString& key, const QString& value) override { written_.insert(key, value); }
-    void synchronize() override {}
+    void setString(const QString& key, const QString& value) override;
+    void synchronize() override;
+    bool synchronizeFailed() const override { return through_ && base_ && base_->synchronizeFailed(); }
+    void writethrough() { through_ = base_ != nullptr; }
 
 private:
     DefaultsStore* base_;
     QHash<QString, QString> written_;
+    bool through_ = false;
 };
 
 class CliPlatform {
