@@ -18,11 +18,14 @@ TEST_F(UserStateTest, TheFileAndTheThreeKeysHoldEveryPieceInTheirExactForm)
     EXPECT_EQ(defaults.stringForKey("myfavsspref"), "Central|3#Edgecliff|1#");
     EXPECT_EQ(defaults.stringForKey("bookmarkspref"), "Central|Strathfield#Hornsby|Epping");
     const QString updated = lumdatetostr(adddaystodate(at(8, 0), -165));   // never updated
-    EXPECT_EQ(prefsfile(), "Bondi Junction|Edgecliff|\n\n]favourites[Central|3#Edgecliff|1#]favourites[\n"
-                           "]bookmarks[Central|Strathfield#Hornsby|Epping]bookmarks[\n"
-                           "]dateimlookinat["
-                               + lumdatetostr(shown()) + "]dateimlookinat[\n]updatestr[" + updated
-                               + "]updatestr[\n]mysize[700.000000|200.000000]mysize[");
+    const QString size = QString::asprintf("%f|%f", window.frame().w, window.frame().h);
+    EXPECT_EQ(prefsfile().toStdString(),
+              ("Bondi Junction|Edgecliff|\n\n]favourites[Central|3#Edgecliff|1#]favourites[\n"
+               "]bookmarks[Central|Strathfield#Hornsby|Epping]bookmarks[\n]dateimlookinat["
+               + lumdatetostr(shown()) + "]dateimlookinat[\n]updatestr[" + updated + "]updatestr[\n]mysize[" + size
+               + "]mysize[")
+                  .toStdString());
+    EXPECT_NE(window.frame().w, 0);
 
     // Three alarms: only the first is saved, on its own line before the update date.
     u().myalarms = {{at(9, 30, 40), "Bondi Junction", "Edgecliff", 20},
