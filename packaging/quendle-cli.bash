@@ -1,6 +1,7 @@
 # bash completion for quendle-cli: commands (read from the program's own usage text, so
 # new commands complete without changes here), options, station names in --journey
-# (after each "|"), files after "table check" and pictures after "render".
+# (after each "|") and in "journey set", files after "table check" and pictures after
+# "render".
 
 _quendle_cli_commands()
 {
@@ -67,6 +68,14 @@ _quendle_cli()
         else
             compopt -o filenames 2>/dev/null
             COMPREPLY=($(compgen -f -X '!*.png' -- "$cur") $(compgen -d -- "$cur"))
+        fi
+        return 0
+    fi
+    if [[ $cmd == journey ]]; then
+        if ((COMP_CWORD == i + 1)); then
+            COMPREPLY=($(compgen -W set -- "$cur"))
+        elif ((COMP_CWORD == i + 2)) && [[ $prev == set ]]; then
+            _quendle_cli_stations "$cli" "$cur"
         fi
         return 0
     fi

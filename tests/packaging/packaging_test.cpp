@@ -147,6 +147,8 @@ TEST(Packaging, BashCompletionOffersCommandsOptionsAndStations)
         {{cli, "table", ""}, {"check"}},
         {{cli, "--journey", "Central|Redfern", "ne"}, {"next"}},
         {{cli, "render", "strip.png", "--z"}, {"--zoomed-out"}},
+        {{cli, "journey", "s"}, {"set"}},
+        {{cli, "journey", "set", "\"Central|Redf"}, {"\"Central|Redfern"}},
     };
     for (const auto& [words, expected] : cases) {
         QString script = QStringLiteral("source \"$1\"; shift; COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); "
