@@ -12,6 +12,7 @@ packages=(
   libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth
   librsvg2-bin desktop-file-utils appstream groff-base dpkg-dev file debootstrap
+  fonts-liberation2   # the strip's "Arial" and "Helvetica": metric-compatible Liberation Sans
 )
 
 missing=()

@@ -4,6 +4,7 @@
 #include "app/statejson.h"
 #include "paint/strippainter.h"
 #include "cli/cliplatform.h"
+#include "platform/system/nullservices.h"
 #include "util/dates.h"
 #include "util/durations.h"
 
@@ -187,7 +188,7 @@ int cmdrender(AppModel& app, const RenderArgs& r, QTextStream& out, QTextStream&
     // A picture shows the map's trip drawn to the end, as the running strip does a moment later.
     while (d.painttimer != kNoTimer && app.platform().timers->isValid(d.painttimer))
         d.painttimerfunc();
-    const Rect f = d.window() ? d.window()->frame() : Rect{0, 0, 620, 75};
+    const Rect f = d.window()->frame();
     const QSizeF size(f.w, f.h);
     const qreal dpr = r.width > 0 ? r.width / size.width() : 1.0;
     const QImage img = StripPainter(app, dpr).renderview(size);
@@ -392,6 +393,10 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
 
     // Nothing the user owns is written, except by journey set once the journey is complete.
     AppModel app(platform, AppModel::Options{false});
+    // A picture needs a window size, even where the platform gives no window.
+    NullWindowHost renderwindow;
+    if (cmd == QLatin1String("render") && !app.display().window())
+        app.display().setwindow(&renderwindow);
     app.setupstuff();
     if (setting) {
         QStringList names;

@@ -1,6 +1,7 @@
 #include "paint/artwork.h"
 
 #include <QHash>
+#include <QImage>
 #include <QPainter>
 #include <QSvgRenderer>
 
@@ -24,12 +25,39 @@ QSvgRenderer* renderer(const QString& path)
     return r.get();
 }
 
+// A named picture is turned into pixels once for each size and device pixel ratio it is
+// drawn at, as a platform's named images are; the tiles around it are still painted anew
+// every time.
 bool draw(QPainter& p, const QString& path, const QRectF& target)
 {
     QSvgRenderer* r = renderer(path);
     if (!r)
         return false;
-    r->render(&p, target);
+    const qreal dpr = p.device() ? p.device()->devicePixelRatioF() : 1.0;
+    const QTransform& t = p.worldTransform();
+    // Only plain placement at whole pixels can reuse pixels; anything else draws the vectors.
+    if (t.type() > QTransform::TxTranslate || target.width() > 1024 || target.height() > 1024) {
+        r->render(&p, target);
+        return true;
+    }
+    const QSize pixels(qRound(target.width() * dpr), qRound(target.height() * dpr));
+    if (pixels.isEmpty())
+        return true;
+    static QHash<QString, QImage> images;
+    const QString key = path + QLatin1Char('@') + QString::number(pixels.width()) + QLatin1Char('x')
+        + QString::number(pixels.height());
+    auto it = images.constFind(key);
+    if (it == images.constEnd()) {
+        QImage img(pixels, QImage::Format_ARGB32_Premultiplied);
+        img.fill(Qt::transparent);
+        QPainter ip(&img);
+        ip.setRenderHint(QPainter::Antialiasing);
+        r->render(&ip, QRectF(QPointF(0, 0), QSizeF(pixels)));
+        ip.end();
+        img.setDevicePixelRatio(dpr);
+        it = images.insert(key, img);
+    }
+    p.drawImage(QRectF(target.topLeft(), QSizeF(pixels) / dpr), *it);
     return true;
 }
 

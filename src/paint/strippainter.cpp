@@ -101,7 +101,7 @@ void StripPainter::shapetile(QPainter& p, const QSizeF& size, const QColor& bott
     path.addEllipse(QRectF(2, 1, capwidth, h - 2));
     path.addEllipse(QRectF(w - 2 - capwidth2, 1, capwidth2, h - 2));
     p.setRenderHint(QPainter::Antialiasing);
-    p.fillPath(path.simplified(), shading(h, bottom, upper));
+    p.fillPath(path, shading(h, bottom, upper));
 }
 
 QImage StripPainter::drawscrollabletextimage(const QString& text, const QFont& f, qreal width) const
@@ -139,12 +139,13 @@ QImage StripPainter::drawlargetilefix(int r) const
     drawtextat(p, d.getstrthisleg(r), 70, 25, size.height(), title, Qt::white);
     const QStringList columns = d.getstrthislegray(r);
     const qreal right = size.width() - d.iconwidth / 2.0 - 6;
-    const QFontMetricsF fm(title);
     for (int k = 0; k < columns.size(); ++k) {
         const qreal x = 70 + k * static_cast<qreal>(d.gapbetweentexts);
-        // A long line name ends in an ellipsis at the tile's end rather than under its edge.
-        drawtextat(p, fm.elidedText(columns[k], Qt::ElideRight, std::max<qreal>(0, right - x)), x, 15,
-                   size.height(), title, Qt::white);
+        QString text = columns[k];
+        // The line's name, last, ends in an ellipsis at the tile's end rather than under its edge.
+        if (k == columns.size() - 1 && k >= 3)
+            text = QFontMetricsF(title).elidedText(text, Qt::ElideRight, std::max<qreal>(0, right - x));
+        drawtextat(p, text, x, 15, size.height(), title, Qt::white);
     }
 
     const QFont small = font(d.mahfont, d.tilefontsize / 1.3 * us);
@@ -228,59 +229,84 @@ QImage StripPainter::drawdayheader(int r) const
     return img;
 }
 
+// A shaded dot of the map, made once per paint and stamped wherever it is needed.
+QImage StripPainter::mapdot(const QColor& bottom, const QColor& upper, qreal diameter) const
+{
+    const QSizeF size(diameter, diameter);
+    QImage img = newimage(size);
+    QPainter p(&img);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setPen(Qt::NoPen);
+    p.setBrush(shading(diameter, bottom, upper));
+    p.drawEllipse(QRectF(QPointF(0, 0), size));
+    return img;
+}
+
 QImage StripPainter::drawmap() const
 {
     const Display& d = d_;
     const Timetable& tt = app_.timetable();
     const QSizeF size(d.mapwidth, d.mapheight);
     QImage img = newimage(size);
+    img.fill(Qt::white);
     QPainter p(&img);
     const Flip at{size.height()};
+    const QRectF canvas = QRectF(QPointF(0, 0), size).adjusted(-4, -4, 4, 4);
+
+    // Every station's place on the canvas, worked out once for this paint.
+    const int stations = static_cast<int>(tt.stnsmute.size());
+    std::vector<QRectF> place(stations);
+    for (int s = 0; s < stations; ++s) {
+        const IntRect r = d.stnnumtorect(s);
+        place[s] = at.rect(r.x, r.y, r.w, r.h);
+    }
     auto centre = [&](int stnnum) {
-        const IntRect r = d.stnnumtorect(stnnum);
-        return QPointF(r.x + r.w / 2.0, size.height() - r.y - r.h / 2.0);
+        return stnnum >= 0 && stnnum < stations ? place[stnnum].center() : QPointF(-100, -100);
     };
-    p.fillRect(QRectF(QPointF(0, 0), size), Qt::white);
 
     // The background picture, where its record puts it.
     const MapBackground bg = d.getmapbkgnddict();
-    drawmapbackground(p, bg.name, at.rect(bg.rectbegx, bg.retbegy, bg.xwidth, bg.ywidth));
+    const QRectF bgrect = at.rect(bg.rectbegx, bg.retbegy, bg.xwidth, bg.ywidth);
+    if (bgrect.intersects(canvas))
+        drawmapbackground(p, bg.name, bgrect);
 
     p.setRenderHint(QPainter::Antialiasing);
     // Under the stations, the network itself: every line's track as a faint stroke in its
     // colour, each stretch between two stations once.
     {
-        std::map<std::pair<int, int>, int> seen;   // stretch -> line
+        std::vector<std::pair<quint64, int>> stretches;   // station pair -> line
         for (int l = 0; l < static_cast<int>(tt.linesmute.size()); ++l) {
             const std::vector<int>& stops = tt.linesmute[l].stnints;
-            for (size_t k = 1; k < stops.size(); ++k)
-                seen.emplace(std::minmax(stops[k - 1], stops[k]), l);
+            for (size_t k = 1; k < stops.size(); ++k) {
+                const auto [a, b] = std::minmax(stops[k - 1], stops[k]);
+                stretches.emplace_back((quint64(quint32(a)) << 32) | quint32(b), l);
+            }
         }
-        std::map<int, QPainterPath> byline;
-        for (const auto& [stretch, line] : seen) {
-            QPainterPath& path = byline[line];
-            path.moveTo(centre(stretch.first));
-            path.lineTo(centre(stretch.second));
+        std::stable_sort(stretches.begin(), stretches.end(),
+                         [](const auto& x, const auto& y) { return x.first < y.first; });
+        std::map<int, QList<QLineF>> byline;
+        for (size_t k = 0; k < stretches.size(); ++k) {
+            if (k > 0 && stretches[k].first == stretches[k - 1].first)
+                continue;
+            const QLineF l(centre(int(stretches[k].first >> 32)), centre(int(stretches[k].first & 0xffffffffu)));
+            // Most of the network lies outside a box zoomed on the trip.
+            if (QRectF(l.p1(), l.p2()).normalized().intersects(canvas))
+                byline[stretches[k].second].append(l);
         }
-        for (const auto& [line, path] : byline) {
+        for (const auto& [line, lines] : byline) {
             QColor c = tocolor(tt.linesmute[line].nscol);
-            c.setAlphaF(0.28f);
-            p.strokePath(path, QPen(c, 1.6, Qt::SolidLine, Qt::RoundCap));
+            c.setAlphaF(0.35f);
+            p.setPen(QPen(c, 1));
+            p.drawLines(lines);
         }
     }
 
     // Every station, a small shaded dot.
     {
-        QPainterPath dots;
-        for (int s = 0; s < static_cast<int>(tt.stnsmute.size()); ++s) {
-            const IntRect r = d.stnnumtorect(s);
-            if (r.x < -4 || r.x > size.width() || r.y < -4 || r.y > size.height())
-                continue;
-            dots.addEllipse(at.rect(r.x, r.y, r.w, r.h));
-        }
-        QLinearGradient g = shading(1, QColor(150, 156, 166), QColor(88, 94, 104));
-        g.setCoordinateMode(QGradient::ObjectMode);
-        p.fillPath(dots, g);
+        const QImage dot = mapdot(QColor(150, 156, 166), QColor(88, 94, 104), 4);
+        for (int s = 0; s < stations; ++s)
+            if (canvas.contains(place[s].center()))
+                p.drawImage(place[s].topLeft(), dot);
     }
 
     // The services in view, stop by stop: dots in the line colour, joined 4 wide as far as
@@ -292,19 +318,21 @@ QImage StripPainter::drawmap() const
         p.setPen(QPen(tocolor(stops[k].colour), 4, Qt::SolidLine, Qt::RoundCap));
         p.drawLine(centre(stops[k - 1].stnnum), centre(stops[k].stnnum));
     }
-    p.setPen(Qt::NoPen);
-    for (const MapStop& s : stops) {
-        const IntRect r = d.stnnumtorect(s.stnnum);
-        QLinearGradient g = shading(1, tocolor(s.colour), tocolor(Display::dimcol(s.colour)));
-        g.setCoordinateMode(QGradient::ObjectMode);
-        p.setBrush(g);
-        p.drawEllipse(at.rect(r.x - 1, r.y - 1, r.w + 2, r.h + 2));
+    {
+        QImage dot;
+        Rgba dotcolour{-1, -1, -1, -1};
+        for (const MapStop& s : stops) {
+            if (!(s.colour == dotcolour)) {
+                dotcolour = s.colour;
+                dot = mapdot(tocolor(s.colour), tocolor(Display::dimcol(s.colour)), 6);
+            }
+            p.drawImage(centre(s.stnnum) - QPointF(3, 3), dot);
+        }
     }
 
     // Closed sections of trackwork that has begun.
     for (const auto& [a, b] : d.closedsections()) {
-        QPen pen(QColor(226, 48, 32, 220), 3, Qt::DashLine, Qt::FlatCap);
-        p.setPen(pen);
+        p.setPen(QPen(QColor(226, 48, 32, 220), 3, Qt::DashLine, Qt::FlatCap));
         p.drawLine(centre(a), centre(b));
     }
     return img;
@@ -317,14 +345,30 @@ QImage StripPainter::drawmapborder() const
     QImage img = newimage(size);
     QPainter p(&img);
     p.setRenderHint(QPainter::Antialiasing);
-    // A dark frame around the part of the map the tiles leave free.
-    QPainterPath frame;
-    frame.addRect(QRectF(20, 0, size.width() - 20, size.height()));
-    QPainterPath hole;
-    hole.addRoundedRect(QRectF(24, 4, size.width() - 28, size.height() - 8), 10, 10);
-    p.fillPath(frame.subtracted(hole), QColor(29, 35, 44));
-    p.setPen(QPen(QColor(255, 255, 255, 60), 1));
-    p.drawRoundedRect(QRectF(24.5, 4.5, size.width() - 29, size.height() - 9), 10, 10);
+    // The paper goes on under the 20 points the border adds beside the map, and a dark
+    // frame surrounds the part of both that the tiles leave free.
+    p.fillRect(QRectF(d.mapwidth, 0, size.width() - d.mapwidth, size.height()), Qt::white);
+    const QColor dark(29, 35, 44);
+    const qreal w = size.width(), h = size.height(), r = 10;
+    const QRectF hole(24, 4, w - 28, h - 8);
+    p.fillRect(QRectF(20, 0, w - 20, hole.top()), dark);
+    p.fillRect(QRectF(20, hole.bottom(), w - 20, h - hole.bottom()), dark);
+    p.fillRect(QRectF(20, hole.top(), hole.left() - 20, hole.height()), dark);
+    p.fillRect(QRectF(hole.right(), hole.top(), w - hole.right(), hole.height()), dark);
+    // The hole's rounded corners: each corner square less its quarter circle.
+    for (int corner = 0; corner < 4; ++corner) {
+        const bool right = corner & 1, bottom = corner & 2;
+        const QPointF at(right ? hole.right() - r : hole.left(), bottom ? hole.bottom() - r : hole.top());
+        const QRectF circle(right ? hole.right() - 2 * r : hole.left(), bottom ? hole.bottom() - 2 * r : hole.top(),
+                            2 * r, 2 * r);
+        QPainterPath piece;
+        piece.setFillRule(Qt::OddEvenFill);
+        piece.addRect(QRectF(at, QSizeF(r, r)));
+        piece.addEllipse(circle);
+        p.setClipRect(QRectF(at, QSizeF(r, r)));
+        p.fillPath(piece, dark);
+    }
+    p.setClipping(false);
     return img;
 }
 

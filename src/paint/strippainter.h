@@ -47,6 +47,7 @@ public:
 private:
     QImage newimage(const QSizeF& size) const;
     QFont font(const QString& family, qreal pixelSize) const;
+    QImage mapdot(const QColor& bottom, const QColor& upper, qreal diameter) const;
     void shapetile(QPainter& p, const QSizeF& size, const QColor& top, const QColor& bottom, int capwidth,
                    int capwidth2) const;
 
