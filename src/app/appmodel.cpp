@@ -162,6 +162,7 @@ void AppModel::wakefromsleep()
 void AppModel::gainfocusfunc()
 {
     view_.imfocusd = 1;
+    display_->showscrubber();
     refreshdisplay();
     if (platform_.timers->isValid(scrolltexttimer)) {
         platform_.timers->invalidate(scrolltexttimer);
@@ -173,6 +174,7 @@ void AppModel::losefocus()
 {
     view_.imfocusd = 0;
     view_.textscroll = 0;
+    display_->hidescrubber();
     zoominfunc();   // the strip zooms back in at once
     platform_.timers->invalidate(scrolltexttimer);
     scrolltexttimer = kNoTimer;

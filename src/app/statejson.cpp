@@ -73,6 +73,27 @@ void adduserstate(const UserState& u, const ViewState& v, QJsonObject& o)
     o["ivereadprefs"] = u.ivereadprefs;
 }
 
+// The strip's geometry and map, as the display computed them for the window it has.
+void adddisplay(const Display& d, const ViewState& v, QJsonObject& o)
+{
+    o["zoomed"] = v.zoomed;
+    o["showinmap"] = v.showinmap;
+    o["userscale"] = static_cast<double>(d.userscale);
+    QJsonArray squares;
+    for (const SelectionSquare& sq : d.selectionsquares)
+        squares.append(QJsonObject{{"rectbegx", sq.rectbegx}, {"retbegy", sq.retbegy}, {"xwidth", sq.xwidth},
+                                   {"ywidth", sq.ywidth}});
+    o["selectionsquares"] = squares;
+    o["gpsview"] = QJsonArray{static_cast<double>(d.gpsview.west), static_cast<double>(d.gpsview.east),
+                              static_cast<double>(d.gpsview.north), static_cast<double>(d.gpsview.south)};
+    o["numtopaint"] = d.numtopaint;
+    o["stopsonthistrip"] = d.stopsonthistrip;
+    if (const WindowHost* w = d.window()) {
+        const Rect f = w->frame();
+        o["windowframe"] = QJsonArray{f.x, f.y, f.w, f.h};
+    }
+}
+
 } // namespace
 
 QJsonObject statejson(const AppModel& app)
@@ -141,6 +162,7 @@ QJsonObject statejson(const AppModel& app)
     o["myremaintimes"] = strings(j.myremaintimes);
     o["myzoominremaintimes"] = strings(j.myzoominremaintimes);
     adduserstate(app.userstate(), app.view(), o);
+    adddisplay(app.display(), app.view(), o);
     return o;
 }
 

@@ -4,6 +4,7 @@
 #include "util/files.h"
 
 #include <QFile>
+#include <QImage>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -191,4 +192,63 @@ TEST_F(CliTest, WesternLineMorningPeakTrainsAreMinutesApart)
     EXPECT_LE(departures.front().secsTo(QDateTime::fromString("2026-11-24T07:30:00+11:00", Qt::ISODate)), 0);
     for (size_t i = 1; i < departures.size(); ++i)
         EXPECT_LE(departures[i - 1].secsTo(departures[i]), 7 * 60) << departures[i].toString(Qt::ISODate).toStdString();
+}
+
+TEST_F(CliTest, DumpShowsTheStripGeometryAndMapBox)
+{
+    const CliRun r = run({"--journey", "Bondi Junction|Central|Strathfield", "dump"}, sydney(2026, 11, 24, 8, 0));
+    ASSERT_EQ(r.status, 0) << r.err.toStdString();
+    const QJsonObject o = QJsonDocument::fromJson(r.out.toUtf8()).object();
+    EXPECT_EQ(o["zoomed"].toInt(), 1);
+    EXPECT_EQ(o["selectionsquares"].toArray().size(), 4);
+    const QJsonArray box = o["gpsview"].toArray();
+    ASSERT_EQ(box.size(), 4);
+    // Zoomed on the trip: east of west, north of south, around Sydney's inner west and east.
+    EXPECT_LT(box[0].toDouble(), box[1].toDouble());
+    EXPECT_GT(box[2].toDouble(), box[3].toDouble());
+    EXPECT_GT(box[0].toDouble(), 150.9);
+    EXPECT_LT(box[1].toDouble(), 151.4);
+    EXPECT_GT(o["stopsonthistrip"].toInt(), 3);
+}
+
+// The strip painted offscreen by the program itself, at its own size or a given width.
+TEST(CliProgram, RenderPaintsTheStripIntoAPicture)
+{
+    const QString program = qEnvironmentVariable("QUENDLE_CLI");
+    ASSERT_FALSE(program.isEmpty());
+    QTemporaryDir home;
+    auto render = [&](const QStringList& args, QString* err = nullptr) {
+        QProcess p;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("QUENDLE_NOW", "2026-11-24T08:05:00");
+        env.insert("HOME", home.path());
+        env.insert("XDG_CONFIG_HOME", home.path() + "/.config");
+        env.remove("QT_QPA_PLATFORM");   // the command chooses the offscreen platform itself
+        p.setProcessEnvironment(env);
+        p.start(program, QStringList{"--journey", "Bondi Junction|Central|Strathfield", "render"} + args);
+        EXPECT_TRUE(p.waitForFinished(60000));
+        if (err)
+            *err = QString::fromUtf8(p.readAllStandardError());
+        return p.exitCode();
+    };
+    const QString file = home.filePath("strip.png");
+    ASSERT_EQ(render({file}), 0);
+    QImage img(file);
+    EXPECT_EQ(img.size(), QSize(620, 145));
+    EXPECT_EQ(qAlpha(img.pixel(0, 0)), 0);
+    EXPECT_EQ(qAlpha(img.pixel(300, 30)), 255);
+
+    ASSERT_EQ(render({file, "--width", "1240"}), 0);
+    EXPECT_EQ(QImage(file).size(), QSize(1240, 290));
+    ASSERT_EQ(render({"--zoomed-out", file}), 0);
+    EXPECT_EQ(QImage(file).size(), QSize(900, 285));
+
+    QString err;
+    EXPECT_EQ(render({}, &err), 2);
+    EXPECT_TRUE(err.contains("needs the name of the PNG file")) << err.toStdString();
+    EXPECT_EQ(render({file, "--width", "wide"}, &err), 2);
+    EXPECT_TRUE(err.contains("--width needs a whole number")) << err.toStdString();
+    EXPECT_EQ(render({file, "--sideways"}, &err), 2);
+    EXPECT_EQ(render({home.filePath("no/such/folder/strip.png")}, &err), 1);
+    EXPECT_TRUE(err.contains("cannot write")) << err.toStdString();
 }

@@ -87,6 +87,21 @@ TEST(StripWindow, PaintsOneOpaqueRowPerLegOnATransparentWindow)
     for (int x = 10; x < 400; ++x)
         colours.insert(img.pixel(x, 20));
     EXPECT_GT(colours.size(), 2);
+
+    // A longer journey grows the real window downwards, its top edge where it was; focus
+    // adds half a row for the tile that extends the trip.
+    const double top = f.y + f.h;
+    model.journey().myjournstr = {"Bondi Junction", "Central", "Strathfield"};
+    model.calctripoptimizelater();
+    EXPECT_EQ(view.frame().h, 145);
+    EXPECT_EQ(view.frame().y + view.frame().h, top);
+    session.activate();
+    EXPECT_EQ(view.frame().h, 180);
+    EXPECT_EQ(view.frame().y + view.frame().h, top);
+    // Dragged wholly off the left of the screen, it comes back at the next refresh.
+    view.setFrame(Rect{-1000, f.y, 620, 180}, false);
+    model.refreshdisplay();
+    EXPECT_EQ(view.frame().x, -1000 + 620 + 100);
 }
 
 TEST(StripWindow, XWaylandIsPreferredOnlyWhenTheUserChoseNoPlatform)
