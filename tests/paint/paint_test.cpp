@@ -1,9 +1,6 @@
-#include "app/appmodel.h"
 #include "paint/artwork.h"
 #include "paint/strippainter.h"
-#include "platform/system/manualtimers.h"
-#include "platform/system/memorydefaults.h"
-#include "platform/system/nullservices.h"
+#include "support/strip_fixture.h"
 #include "util/dates.h"
 
 #include <QDir>
@@ -46,20 +43,11 @@ Date at(int h, int m) { return datefromcivil({2026, 11, 24, h, m, 0}); }
                                          << want.name().toStdString();
 }
 
-class PaintTest : public ::testing::Test {
+class PaintTest : public testsupport::StripFixture {
 protected:
     AppModel& start(const QStringList& journey, Date now = at(8, 5))
     {
-        clock.set(now);
-        platform.clock = &clock;
-        platform.timers = &timers;
-        platform.defaults = &defaults;
-        platform.window = &window;
-        platform.homeDir = home.path();
-        app = std::make_unique<AppModel>(platform, AppModel::Options{false});
-        app->initWithFrame();
-        app->journey().myjournstr = journey;
-        app->calctripoptimizelater();
+        StripFixture::start(journey, now);
         timers.advanceBy(0);   // the map's trip drawn to the end
         return *app;
     }
@@ -70,17 +58,8 @@ protected:
     }
     QColor linecolour(int leg)
     {
-        const Journey& j = app->journey();
-        return StripPainter::tocolor(app->timetable().linesmute[j.myservsmultid[leg][j.myindexes[leg]].linenum].nscol);
+        return StripPainter::tocolor(app->timetable().linesmute[shown(leg).linenum].nscol);
     }
-
-    QTemporaryDir home;
-    ManualClock clock;
-    ManualTimers timers{clock};
-    MemoryDefaults defaults;
-    NullWindowHost window;
-    Platform platform;
-    std::unique_ptr<AppModel> app;
 };
 
 // Loose comparison with a reference picture: both are shrunk four times, which smooths
