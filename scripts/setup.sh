@@ -9,7 +9,7 @@ build=${QUENDLE_BUILD_DIR:-$root/build}
 packages=(
   cmake g++ make pkg-config
   qt6-base-dev qt6-svg-dev qt6-speech-dev qt6-declarative-dev qt6-speech-speechd-plugin qt6-qpa-plugins libgl-dev
-  libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
+  libicu-dev libgtest-dev libgmock-dev libbenchmark-dev libzip-dev
   xvfb xauth
   librsvg2-bin desktop-file-utils appstream groff-base dpkg-dev file debootstrap
   fonts-liberation2   # the strip's "Arial" and "Helvetica": metric-compatible Liberation Sans

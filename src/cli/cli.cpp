@@ -5,6 +5,7 @@
 #include "paint/strippainter.h"
 #include "cli/cliplatform.h"
 #include "platform/system/nullservices.h"
+#include "gtfs/importgtfs.h"
 #include "util/dates.h"
 #include "util/durations.h"
 
@@ -35,6 +36,10 @@ const char* const kUsage =
     "  journey set \"A|B\"  make A, B the saved journey; the old one is kept as a bookmark\n"
     "  bookmarks          the saved journeys, one a line, as journey set takes them\n"
     "  favourites         the stations chosen: name, count and whether the menu offers it\n"
+    "  import-gtfs FEED [--out FILE] [--name NAME] [--week YYYY-MM-DD]\n"
+    "              [--route-type N,...] [--routes ID,...]\n"
+    "                     make a table from a GTFS feed (its zip file or folder);\n"
+    "                     by default into the tables folder, so the next start loads it\n"
     "\n"
     "Options:\n"
     "  --now ISO8601      run as if the clock read this instant (as QUENDLE_NOW does)\n"
@@ -288,6 +293,87 @@ int cmdjourneyset(AppModel& app, const QStringList& names, Platform& platform, Q
     return 0;
 }
 
+const char* const kImportUsage =
+    "quendle-cli: usage: quendle-cli import-gtfs FEED [--out FILE] [--name NAME] [--week YYYY-MM-DD]"
+    " [--route-type N,...] [--routes ID,...]\n";
+
+int cmdimportgtfs(const QStringList& args, Platform& platform, QTextStream& out, QTextStream& err)
+{
+    gtfs::ImportRequest req;
+    QString problem;
+    for (int i = 0; i < args.size() && problem.isEmpty(); ++i) {
+        QString a = args[i], value;
+        const bool option = a.startsWith(QLatin1String("--"));
+        if (option) {
+            const qsizetype eq = a.indexOf(QLatin1Char('='));
+            if (eq > 0) {
+                value = a.mid(eq + 1);
+                a = a.left(eq);
+            } else if (i + 1 < args.size()) {
+                value = args[++i];
+            } else {
+                problem = a + " needs a value";
+                break;
+            }
+        }
+        if (!option) {
+            if (!req.feed.isEmpty())
+                problem = "one feed at a time (\"" + req.feed + "\" and \"" + a + "\")";
+            req.feed = a;
+        } else if (a == QLatin1String("--out")) {
+            req.out = value;
+        } else if (a == QLatin1String("--name")) {
+            req.name = value;
+        } else if (a == QLatin1String("--week")) {
+            const QDate d = QDate::fromString(value, Qt::ISODate);
+            if (!d.isValid())
+                problem = "--week wants a date YYYY-MM-DD, not \"" + value + "\"";
+            req.week = d;
+        } else if (a == QLatin1String("--route-type")) {
+            for (const QString& t : value.split(QLatin1Char(','), Qt::SkipEmptyParts)) {
+                bool ok = false;
+                req.filter.routeTypes.push_back(t.trimmed().toInt(&ok));
+                if (!ok)
+                    problem = "--route-type wants route type numbers, e.g. 2 or 2,109; not \"" + t + "\"";
+            }
+        } else if (a == QLatin1String("--routes")) {
+            for (const QString& r : value.split(QLatin1Char(','), Qt::SkipEmptyParts))
+                req.filter.routes << r.trimmed();
+        } else {
+            problem = "unknown option " + a;
+        }
+    }
+    if (problem.isEmpty() && req.feed.isEmpty())
+        problem = "which feed? Give its zip file or folder";
+    if (!problem.isEmpty()) {
+        err << "quendle-cli: import-gtfs: " << problem << "\n" << kImportUsage;
+        return 2;
+    }
+    const QString tables = req.out.isEmpty() ? Folders(platform.homeDir).gettablesfold() : QString();
+    try {
+        const gtfs::ImportResult r = gtfs::importgtfs(req, tables, platform.clock->now());
+        for (const QString& w : r.warnings)
+            err << "quendle-cli: import-gtfs: warning: " << w << "\n";
+        out << "Wrote " << r.path << "\n";
+        out << "  timetable \"" << r.name << "\", the week of " << r.monday.toString(Qt::ISODate) << " to "
+            << r.monday.addDays(6).toString(Qt::ISODate) << " (the feed runs " << r.firstDate.toString(Qt::ISODate)
+            << " to " << r.lastDate.toString(Qt::ISODate) << ")\n";
+        out << "  " << r.lines << " lines, " << r.stations << " stations\n";
+        static const char* const days[7] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+        out << "  services per day:";
+        for (int d : {1, 2, 3, 4, 5, 6, 0})
+            out << " " << days[d] << " " << r.services[d] << (d == 0 ? "" : ",");
+        out << "\n  (on Fridays Quendle shows the Saturday services)\n";
+        return 0;
+    } catch (const gtfs::FeedError& e) {
+        // A fault inside the feed names the feed first; others name their own file.
+        const bool inFeed = e.file.endsWith(QLatin1String(".txt")) && !e.file.contains(QLatin1Char('/'));
+        err << "quendle-cli: import-gtfs: " << (inFeed ? req.feed + ": " : QString()) << e.text()
+            << "\nNothing was written.\n";
+        return 2;
+    }
+}
+
 } // namespace
 
 CliGlobals parseglobals(const QStringList& args)
@@ -364,6 +450,8 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
         }
         return cmdtablecheck(g.rest[2], out);
     }
+    if (cmd == QLatin1String("import-gtfs"))
+        return cmdimportgtfs(g.rest.mid(1), platform, out, err);
     static const QStringList known = {"next",   "dump",    "stations",  "lines",
                                       "render", "journey", "bookmarks", "favourites"};
     if (cmd.isEmpty() || !known.contains(cmd)) {

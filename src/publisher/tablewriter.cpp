@@ -76,9 +76,9 @@ std::vector<MergeGroup> groupcompressedtables(const std::vector<IntermediateTabl
     return groups;
 }
 
-QString mergegroups(const std::vector<MergeGroup>& groups, const QString& dateText)
+QString mergegroups(const std::vector<MergeGroup>& groups, const QString& dateText, const QString& tableName)
 {
-    QString out = QStringLiteral("\n  <timetable name = \"SydneyTrains\"  date=\"%1\" > ").arg(dateText);
+    QString out = QStringLiteral("\n  <timetable name = \"%1\"  date=\"%2\" > ").arg(tableName, dateText);
     QString previous = kNoKey;
     for (const auto& g : groups) {
         const bool sameLine = g.key == previous;

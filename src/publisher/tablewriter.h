@@ -51,7 +51,9 @@ std::vector<MergeGroup> groupcompressedtables(const std::vector<IntermediateTabl
 // The whole table text: header with dateText, then the line blocks with their day
 // blocks in group order. A group whose key equals the previous group's key adds a
 // day block to the same line; any other key closes the line before and opens its own.
-QString mergegroups(const std::vector<MergeGroup>& groups, const QString& dateText);
+// tableName is the header's timetable name.
+QString mergegroups(const std::vector<MergeGroup>& groups, const QString& dateText,
+                    const QString& tableName = QStringLiteral("SydneyTrains"));
 
 // The header's DATE text for an instant: "23 November 2026 10:15:00 AM", i.e. the
 // display date followed by the local time, so readers find day, month name and
