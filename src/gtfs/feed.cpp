@@ -21,7 +21,9 @@ struct StrHash {
 using IdMap = std::unordered_map<std::string, int, StrHash, std::equal_to<>>;
 
 // Kept stop times beyond this would not fit the memory a desktop can spare.
-constexpr size_t kMaxStopTimes = 40'000'000;
+constexpr size_t kMaxStopTimes = 20'000'000;
+// Departures of frequency-based trips, all trips together.
+constexpr size_t kMaxFrequencyDepartures = 2'000'000;
 
 QString qs(std::string_view s) { return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size())); }
 
@@ -494,6 +496,9 @@ Feed loadfeed(FeedSource& source, const FeedFilter& filter, std::optional<QDate>
                              .arg(trimmed);
     if (backwards > 0)
         feed.warnings << QStringLiteral("%1 trips whose times run backwards are left out").arg(backwards);
+    const auto unused = std::count(usable.begin(), usable.end(), false) - backwards - tooShort;
+    if (unused > 0)
+        feed.warnings << QStringLiteral("%1 trips have no stop times and are left out").arg(unused);
     if (tooShort > 0)
         feed.warnings << QStringLiteral("%1 trips with fewer than two timed stops are left out").arg(tooShort);
 
@@ -502,6 +507,7 @@ Feed loadfeed(FeedSource& source, const FeedFilter& filter, std::optional<QDate>
         CsvReader& r = *f.csv;
         const int ctrip = r.requirecolumn("trip_id"), cstart = r.requirecolumn("start_time");
         const int cend = r.requirecolumn("end_time"), chead = r.requirecolumn("headway_secs");
+        size_t departures = 0;
         while (r.next()) {
             const auto t = tripIndex.find(r.field(ctrip));
             if (t == tripIndex.end())
@@ -520,8 +526,8 @@ Feed loadfeed(FeedSource& source, const FeedFilter& filter, std::optional<QDate>
             trip.frequencyBased = true;
             // The last departure is the last one before end_time.
             for (int s = start; s < end; s += headway) {
-                if (trip.starts.size() > 100000)
-                    r.fail(chead, QStringLiteral("more than 100000 departures for one trip"));
+                if (++departures > kMaxFrequencyDepartures)
+                    r.fail(chead, QStringLiteral("the frequencies come to more than %1 departures").arg(kMaxFrequencyDepartures));
                 trip.starts.push_back(s);
             }
         }

@@ -93,6 +93,25 @@ bool mergeorder(const std::vector<int>& nodes, const std::set<std::pair<int, int
 
 bool tryadd(Block& b, const std::vector<int>& pattern)
 {
+    // Most patterns are part of the order already (a train that skips stations):
+    // their stations appear in it in running order, and nothing changes.
+    if (!b.order.empty()) {
+        size_t at = 0;
+        bool inOrder = true;
+        for (int st : pattern) {
+            while (at < b.order.size() && b.order[at] != st)
+                ++at;
+            if (at == b.order.size()) {
+                inOrder = false;
+                break;
+            }
+        }
+        if (inOrder) {
+            for (size_t i = 1; i < pattern.size(); ++i)
+                b.edges.emplace(pattern[i - 1], pattern[i]);
+            return true;
+        }
+    }
     std::vector<int> nodes = b.nodes;
     std::set<std::pair<int, int>> edges = b.edges;
     for (size_t i = 0; i < pattern.size(); ++i) {
@@ -290,12 +309,15 @@ BuiltTable buildtable(const Feed& feed, const QString& tableName, const QString&
                         hop[e] = d;
                 }
             }
-            std::vector<int> offset(n, -1);
+            std::vector<std::vector<std::pair<int, int>>> into(n);   // (from, seconds) per position
+            for (const auto& [e, d] : hop)
+                into[e.second].emplace_back(e.first, d);
+            std::vector<int> offset(n, 0);
             for (int p = 0; p < n; ++p) {
                 int best = -1;
-                for (const auto& [e, d] : hop)
-                    if (e.second == p && offset[e.first] >= 0 && (best < 0 || offset[e.first] + d < best))
-                        best = offset[e.first] + d;
+                for (const auto& [from, d] : into[p])
+                    if (from < p && (best < 0 || offset[from] + d < best))
+                        best = offset[from] + d;
                 offset[p] = best < 0 ? 0 : best;
             }
 
