@@ -1,7 +1,7 @@
 # bash completion for quendle-cli: commands (read from the program's own usage text, so
 # new commands complete without changes here), options, station names in --journey
-# (after each "|") and in "journey set", files after "table check" and pictures after
-# "render".
+# (after each "|") and in "journey set", files after "table check", pictures after
+# "render", and feeds and options after "import-gtfs".
 
 _quendle_cli_commands()
 {
@@ -76,6 +76,18 @@ _quendle_cli()
             COMPREPLY=($(compgen -W set -- "$cur"))
         elif ((COMP_CWORD == i + 2)) && [[ $prev == set ]]; then
             _quendle_cli_stations "$cli" "$cur"
+        fi
+        return 0
+    fi
+    if [[ $cmd == import-gtfs ]]; then
+        case $prev in
+            --name | --week | --route-type | --routes) return 0 ;;
+        esac
+        if [[ $cur == -* ]]; then
+            COMPREPLY=($(compgen -W '--out --name --week --route-type --routes' -- "$cur"))
+        else
+            compopt -o filenames 2>/dev/null
+            COMPREPLY=($(compgen -f -- "$cur"))
         fi
         return 0
     fi
