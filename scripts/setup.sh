@@ -13,6 +13,7 @@ packages=(
   xvfb xauth
   librsvg2-bin desktop-file-utils appstream groff-base dpkg-dev file debootstrap
   fonts-liberation2   # the strip's "Arial" and "Helvetica": metric-compatible Liberation Sans
+  clang-14 libclang-rt-14-dev libfuzzer-14-dev
 )
 
 missing=()
@@ -27,7 +28,7 @@ if [ ${#missing[@]} -gt 0 ]; then
   if [ "$(id -u)" -ne 0 ]; then sudo_cmd=(sudo); fi
   export DEBIAN_FRONTEND=noninteractive
   "${sudo_cmd[@]}" apt-get update -qq
-  "${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" </dev/null
+  "${sudo_cmd[@]}" apt-get -o DPkg::Lock::Timeout=600 install -y -qq --no-install-recommends "${missing[@]}" </dev/null
 fi
 
 cmake_args=(-S "$root" -B "$build")

@@ -57,7 +57,11 @@ QString readfile(const QString& path)
     QFile f(path);
     if (QFileInfo(path).isDir() || !f.open(QIODevice::ReadOnly))
         return QString();
-    const QByteArray bytes = f.readAll();
+    return decodefiletext(f.readAll());
+}
+
+QString decodefiletext(const QByteArray& bytes)
+{
     QStringDecoder utf8(QStringDecoder::Utf8);
     QString text = utf8(bytes);
     if (utf8.hasError())

@@ -1,11 +1,14 @@
 #pragma once
 // File helpers. Paths may name Qt resources (":/...").
 
+#include <QByteArray>
 #include <QString>
 
 namespace quendle {
 
 QString readfile(const QString& path);   // whole text (UTF-8, else local 8-bit); "" when unreadable
+// A file's bytes as text, the way readfile reads them: UTF-8, else the local 8-bit encoding.
+QString decodefiletext(const QByteArray& bytes);
 // Writes text as UTF-8 to folder + name (plain concatenation), replacing any file there.
 // The old file survives a failed write (full disk). Returns the path.
 QString writefile(const QString& text, const QString& folder, const QString& name);

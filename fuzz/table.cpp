@@ -1,0 +1,50 @@
+// A table file as the reader and `table check` take it: validity, the header date, every
+// line header and colour, and the rows of every line for every day digit.
+
+#include "fuzzsupport.h"
+
+#include "timetable/tablefile.h"
+#include "util/files.h"
+
+#include <QFile>
+#include <QSet>
+
+using namespace quendle;
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    fuzz::init();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    const QString text = fuzz::text(data, size);
+    const QStringList lines = splittablelines(text);
+    tabledatetodate(datefromtablelines(lines));
+
+    QSet<QString> names;
+    for (const QString& l : lines) {
+        if (!l.contains(QLatin1String("line name")))
+            continue;
+        const QStringList pieces = l.split('"');
+        if (pieces.size() > 4) {
+            names.insert(pieces[1]);
+            hexvaltoint(pieces[3].mid(1));
+        }
+    }
+    for (const QString& name : names)
+        for (int digit = 0; digit <= 6; ++digit)
+            linetimesfromlines(lines, name, digit);
+
+    // `table check` reads the file itself.
+    const QString path = fuzz::home() + "/table.vq";
+    QFile f(path);
+    if (f.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        f.write(fuzz::bytes(data, size));
+        f.close();
+        describetable(path);
+        isthisavalidtable(path);
+    }
+    return 0;
+}
