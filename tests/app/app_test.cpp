@@ -4,6 +4,7 @@
 #include "platform/system/nullservices.h"
 #include "util/dates.h"
 #include "util/files.h"
+#include "support/tables.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -157,4 +158,32 @@ TEST_F(AppTest, FoldersQuitMarkerAndPublisherMode)
     writefile("program 2", home.path() + "/", "quendle-binary");
     app->lumbuildfold();
     EXPECT_EQ(readfile(f.publisherbuildfold()), "program 2");
+}
+
+TEST_F(AppTest, WithNoServiceLeftInTheWindowTheStripIdles)
+{
+    // Monday to Thursday only: on a Thursday night nothing runs before Monday, outside the
+    // three days searched, so the view keeps the last service, which has left.
+    const QString tables = home.path() + "/Library/Preferences/quendlefddffdrterXAXAXA/tablesverified";
+    QDir().mkpath(tables);
+    using namespace quendle::fixtures;
+    const QString stops = "Bondi Junction|151.25|-33.89,Edgecliff|151.23|-33.88";
+    fixtures::writeto(tables, "SydneyTrains.vq",
+                      table("1 January 2100 1:00:00 AM",
+                            {lineblock("Weekday#Bondi Junction to Edgecliff", stops,
+                                       {dayblock("1234", {"2200,2204,}", "2300,2304,}"})}),
+                             lineblock("Weekday#Edgecliff to Bondi Junction",
+                                       "Edgecliff|151.23|-33.88,Bondi Junction|151.25|-33.89",
+                                       {dayblock("1234", {"2210,2214,}"})})}));
+    // Thursday 26 November 2026, 23:30.
+    auto app = start(at(23, 30).plusSeconds(2 * 86400));
+    const Journey& j = app->journey();
+    ASSERT_EQ(j.myservsmultid.size(), 1u);
+    ASSERT_EQ(j.myservsmultid[0].size(), 2u);
+    EXPECT_EQ(j.myindexes, std::vector<int>{1});   // the 23:00 service, gone
+
+    // Ten minutes: the two minute timers tick, nothing else runs over and over.
+    const int callbacks = timers.advanceBy(600);
+    EXPECT_LE(callbacks, 30);
+    EXPECT_EQ(j.myindexes, std::vector<int>{1});
 }

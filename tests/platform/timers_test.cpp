@@ -219,3 +219,48 @@ TEST(QtTimers, FireOnTheEventLoopByTheClock)
     EXPECT_EQ(minutely, 1);
     EXPECT_EQ(jumpy.fireDate(m), kStart.plusSeconds(3660));
 }
+
+// An owner that re-arms its timer for the passed instant it was just fired for (the view
+// keeping a service that has left) must not make it fire again and again.
+TEST(Timers, APassedFireDateThatAlreadyFiredDoesNotFireAgain)
+{
+    ensureCoreApp();
+    ManualClock clock(kStart);
+    ManualTimers manual(clock);
+    QtTimers looped(clock);
+    for (TimerTable* timers : {static_cast<TimerTable*>(&manual), static_cast<TimerTable*>(&looped)}) {
+        int fired = 0;
+        TimerId t = kNoTimer;
+        const Date passed = clock.now().plusSeconds(-30);
+        t = timers->schedule(kNever, true, [&] {
+            ++fired;
+            timers->setFireDate(t, passed);
+        });
+        timers->setFireDate(t, passed);   // passed, but never fired for: fires once
+        EXPECT_TRUE(timers->isArmed(t));
+        if (timers == &manual) {
+            manual.advanceBy(120);
+        } else {
+            for (int turn = 0; turn < 200; ++turn)
+                QCoreApplication::processEvents();
+        }
+        EXPECT_EQ(fired, 1);
+        EXPECT_FALSE(timers->isArmed(t));
+        EXPECT_EQ(timers->fireDate(t), passed);   // the owner's date is kept, only quiet
+
+        // Moved on to a later instant, it fires again, once.
+        const Date next = clock.now().plusSeconds(10);
+        timers->setFireDate(t, next);
+        EXPECT_TRUE(timers->isArmed(t));
+        clock.set(next.plusSeconds(1));
+        if (timers == &manual) {
+            manual.advanceBy(60);
+        } else {
+            looped.recheck();
+            for (int turn = 0; turn < 200; ++turn)
+                QCoreApplication::processEvents();
+        }
+        EXPECT_EQ(fired, 2);
+        timers->invalidate(t);
+    }
+}

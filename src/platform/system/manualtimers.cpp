@@ -18,7 +18,7 @@ int ManualTimers::advanceTo(Date target)
         // The earliest due timer; the map's id order settles ties by creation.
         auto due = timers_.end();
         for (auto it = timers_.begin(); it != timers_.end(); ++it) {
-            if (it->second.fireDate <= target && !benched.count(it->first)
+            if (isdue(it->second, target) && !benched.count(it->first)
                 && (due == timers_.end() || it->second.fireDate < due->second.fireDate))
                 due = it;
         }

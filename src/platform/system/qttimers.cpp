@@ -27,14 +27,12 @@ void QtTimers::rearm()
 {
     if (dispatching_)
         return;   // the dispatch re-arms when it is done
-    if (timers_.empty()) {
+    Date first;
+    if (!earliest(&first)) {
         wake_.stop();
         return;
     }
-    Date earliest = timers_.begin()->second.fireDate;
-    for (const auto& [id, e] : timers_)
-        earliest = std::min(earliest, e.fireDate);
-    const double waitMs = std::ceil((earliest.secs - clock_.now().secs) * 1000.0);
+    const double waitMs = std::ceil((first.secs - clock_.now().secs) * 1000.0);
     // Also catches NaN and the huge placeholders, which would overflow an int.
     const int ms = waitMs > 0 ? static_cast<int>(std::min<double>(waitMs, kMaxWaitMs)) : 0;
     wake_.start(ms);
@@ -58,7 +56,7 @@ void QtTimers::dispatch()
     const Date now = clock_.now();
     std::vector<std::pair<Date, TimerId>> due;
     for (const auto& [id, e] : timers_) {
-        if (e.fireDate <= now)
+        if (isdue(e, now))
             due.emplace_back(e.fireDate, id);
     }
     std::sort(due.begin(), due.end());
@@ -66,7 +64,7 @@ void QtTimers::dispatch()
     for (const auto& [date, id] : due) {
         // An earlier callback may have invalidated or moved this one.
         const auto it = timers_.find(id);
-        if (it == timers_.end() || it->second.fireDate > clock_.now())
+        if (it == timers_.end() || !isdue(it->second, clock_.now()))
             continue;
         fire(it, clock_.now());
     }

@@ -10,7 +10,9 @@
 // A repeating timer's next fire date is its fire date + interval, set before its callback
 // runs (so a callback that moves it wins); when that is already past, as after a sleep, it
 // skips to the first later multiple of the interval instead of firing for each one missed.
-// A zero-interval repeating timer fires once per event-loop turn.
+// A zero-interval repeating timer fires once per event-loop turn. A timer moved back to a
+// passed instant it has already fired for stays quiet (see TimerTable), so an owner that
+// re-arms for the moment it just served costs nothing instead of a core.
 //
 // Callbacks never overlap: if a callback runs a nested event loop (a modal alert), no other
 // timer fires until it returns; the model expects one thing at a time.

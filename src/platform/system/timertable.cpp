@@ -37,8 +37,30 @@ void TimerTable::setFireDate(TimerId id, Date when)
     const auto it = timers_.find(id);
     if (it == timers_.end())
         return;
-    it->second.fireDate = when;
+    Entry& e = it->second;
+    e.fireDate = when;
+    // Firing again for an instant already served would only fire again at once, and again.
+    e.spent = e.hasFired && when <= e.firedFor && when <= clock_.now();
     changed();
+}
+
+bool TimerTable::isArmed(TimerId id) const
+{
+    const auto it = timers_.find(id);
+    return it != timers_.end() && !it->second.spent;
+}
+
+bool TimerTable::earliest(Date* when) const
+{
+    bool any = false;
+    for (const auto& [id, e] : timers_) {
+        if (e.spent)
+            continue;
+        if (!any || e.fireDate < *when)
+            *when = e.fireDate;
+        any = true;
+    }
+    return any;
 }
 
 Date TimerTable::fireDate(TimerId id) const
@@ -62,10 +84,14 @@ void TimerTable::fire(Table::iterator it, Date now)
 {
     // The callback may invalidate its own timer, so it runs from a copy.
     const std::function<void()> callback = it->second.callback;
-    if (it->second.repeats)
-        it->second.fireDate = nextrepeatdate(it->second.fireDate, it->second.interval, now);
-    else
+    if (it->second.repeats) {
+        Entry& e = it->second;
+        e.hasFired = true;
+        e.firedFor = e.fireDate;
+        e.fireDate = nextrepeatdate(e.fireDate, e.interval, now);
+    } else {
         timers_.erase(it);
+    }
     if (callback)
         callback();
 }

@@ -2,6 +2,11 @@
 // The bookkeeping both timer queues share: timers with wall-clock fire dates, kept in
 // creation order, and how a due timer fires. What differs is who decides when to look
 // at the clock (a test moving it by hand, or the event loop).
+//
+// A timer never fires twice for one passed instant: when its owner moves it back to a fire
+// date that has passed and that it has already fired for (an owner that re-arms a timer for
+// the moment it just served, such as a view that keeps showing a service that has left),
+// the timer keeps that fire date but stays quiet until it is moved again.
 
 #include "platform/clock.h"
 #include "platform/timers.h"
@@ -19,6 +24,8 @@ public:
     Date fireDate(TimerId id) const override;
     void invalidate(TimerId id) override;
     bool isValid(TimerId id) const override;
+    // Whether the timer waits for a fire date (false once it was moved to a spent instant).
+    bool isArmed(TimerId id) const;
 
     int pendingCount() const { return static_cast<int>(timers_.size()); }
 
@@ -28,8 +35,15 @@ protected:
         bool repeats = false;
         Date fireDate;
         std::function<void()> callback;
+        bool hasFired = false;
+        Date firedFor;        // the fire date of the last firing
+        bool spent = false;   // moved to an instant it has already fired for
     };
     using Table = std::map<TimerId, Entry>;   // ordered by id, i.e. by creation
+
+    static bool isdue(const Entry& e, Date now) { return !e.spent && e.fireDate <= now; }
+    // The earliest fire date of an armed timer; false when none waits.
+    bool earliest(Date* when) const;
 
     // Fires a due timer at `now`: a repeating one moves on first (so a callback that moves
     // its own timer wins), a one-shot one is gone by the time its callback runs.
