@@ -7,8 +7,12 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <sys/stat.h>
 #include <QSet>
+
+#include <algorithm>
+#include <unordered_map>
+
+#include <sys/stat.h>
 
 namespace quendle {
 
@@ -137,7 +141,7 @@ Rows linetimesfromlines(const QStringList& lines, const QString& lineName, int d
     const QString digit = QString::number(dayDigit);
     for (const QString& l : lines) {
         if (l.contains(QLatin1String("line")))
-            inLine = l.contains(lineName);
+            inLine = !lineName.isEmpty() && l.contains(lineName);
         if (l.contains(QLatin1String("forwards")) && inLine)
             forwards = true;
         if (l.contains(QLatin1String("/day")) && inDay)
@@ -147,6 +151,232 @@ Rows linetimesfromlines(const QStringList& lines, const QString& lineName, int d
         if (inLine && forwards && l.contains(QLatin1String("day")) && l.contains(digit))
             inDay = true;
     }
+    return rows;
+}
+
+namespace {
+
+// Aho-Corasick over UTF-16 code units: which of many identities each text holds, in one
+// pass over the texts.
+class Automaton {
+public:
+    explicit Automaton(const std::vector<QString>& patterns)
+    {
+        nodes_.emplace_back();
+        for (int p = 0; p < static_cast<int>(patterns.size()); ++p) {
+            int at = 0;
+            for (const QChar ch : patterns[p]) {
+                const quint64 key = keyof(at, ch.unicode());
+                auto it = next_.find(key);
+                if (it == next_.end()) {
+                    nodes_.emplace_back();
+                    it = next_.emplace(key, static_cast<int>(nodes_.size()) - 1).first;
+                    children_[at].push_back({ch.unicode(), it->second});
+                }
+                at = it->second;
+            }
+            nodes_[at].pattern = p;
+        }
+        // Breadth first: a node's fall-back is settled before its children's.
+        std::vector<int> queue{0};
+        for (size_t q = 0; q < queue.size(); ++q) {
+            const int u = queue[q];
+            for (const auto& [ch, v] : children_[u]) {
+                int f = nodes_[u].fail;
+                while (u != 0 && f != 0 && step(f, ch) < 0)
+                    f = nodes_[f].fail;
+                const int g = u == 0 ? 0 : step(f, ch);
+                nodes_[v].fail = g < 0 ? 0 : g;
+                const Node& fv = nodes_[nodes_[v].fail];
+                nodes_[v].output = fv.pattern >= 0 ? nodes_[v].fail : fv.output;
+                queue.push_back(v);
+            }
+        }
+    }
+
+    // Calls found(pattern) for every pattern occurring in text, possibly more than once;
+    // false (early) when more than budget reports were made.
+    template <typename F>
+    bool scan(const QString& text, long long& budget, F found) const
+    {
+        int at = 0;
+        for (const QChar ch : text) {
+            int n;
+            while ((n = step(at, ch.unicode())) < 0 && at != 0)
+                at = nodes_[at].fail;
+            at = n < 0 ? 0 : n;
+            for (int o = nodes_[at].pattern >= 0 ? at : nodes_[at].output; o > 0; o = nodes_[o].output) {
+                if (--budget < 0)
+                    return false;
+                found(nodes_[o].pattern);
+            }
+        }
+        return true;
+    }
+
+private:
+    struct Node {
+        int fail = 0;
+        int output = 0;    // nearest node down the fall-backs that ends a pattern; 0 none
+        int pattern = -1;
+    };
+    static quint64 keyof(int node, char16_t ch) { return (quint64(node) << 16) | ch; }
+    int step(int node, char16_t ch) const
+    {
+        const auto it = next_.find(keyof(node, ch));
+        return it == next_.end() ? -1 : it->second;
+    }
+
+    std::vector<Node> nodes_;
+    std::unordered_map<quint64, int> next_;
+    std::unordered_map<int, std::vector<std::pair<char16_t, int>>> children_;
+};
+
+quint16 digitsof(const QString& line)
+{
+    quint16 bits = 0;
+    for (const QChar ch : line)
+        if (ch >= QLatin1Char('0') && ch <= QLatin1Char('9'))
+            bits |= quint16(1u << (ch.unicode() - '0'));
+    return bits;
+}
+
+} // namespace
+
+TableIndex::TableIndex(const QStringList& lines) : lines_(lines)
+{
+    for (int i = 0; i < lines.size(); ++i) {
+        const QString& l = lines[i];
+        if (l.contains(QLatin1String("line"))) {
+            if (!segments_.empty())
+                segments_.back().end = i;
+            segments_.push_back({});
+            segments_.back().head = i;
+        }
+        if (l.contains(QLatin1String("/day")))
+            slashDays_.push_back(i);
+        if (segments_.empty())
+            continue;   // before the first mention of "line" no block belongs to any line
+        Segment& seg = segments_.back();
+        if (seg.firstForwards < 0 && l.contains(QLatin1String("forwards")))
+            seg.firstForwards = i;
+        if (l.contains(QLatin1String("day"))) {
+            seg.dayLines.push_back(i);
+            seg.dayDigits.push_back(digitsof(l));
+        }
+    }
+    if (!segments_.empty())
+        segments_.back().end = static_cast<int>(lines.size());
+    findcontainment();
+}
+
+void TableIndex::findcontainment()
+{
+    // The identities a recalculation can ask about: those of the line headers.
+    std::vector<QString> names;
+    QHash<QString, int> ids;
+    for (const Segment& seg : segments_) {
+        const QString& l = lines_[seg.head];
+        if (!l.contains(QLatin1String("line name")))
+            continue;
+        const QString name = l.section('"', 1, 1);
+        if (!name.isEmpty() && !ids.contains(name)) {
+            ids.insert(name, static_cast<int>(names.size()));
+            names.push_back(name);
+        }
+    }
+    if (names.empty()) {
+        containmentComplete_ = true;
+        return;
+    }
+    const Automaton automaton(names);
+    // Most heads repeat ("</line>"): each distinct text is scanned once.
+    QHash<QString, std::vector<int>> found;   // head text -> identities it holds
+    std::vector<std::vector<int>> holding(names.size());
+    std::vector<int> lastSeg(names.size(), -1);
+    std::vector<int> lastText(names.size(), -1);   // stamps, so each text lists a name once
+    int texts = 0;
+    long long budget = 4LL * lines_.size() + 100000;
+    for (int s = 0; s < static_cast<int>(segments_.size()); ++s) {
+        const QString& head = lines_[segments_[s].head];
+        auto it = found.find(head);
+        if (it == found.end()) {
+            std::vector<int> in;
+            const int text = texts++;
+            const bool ok = automaton.scan(head, budget, [&](int p) {
+                if (lastText[p] != text) {
+                    lastText[p] = text;
+                    in.push_back(p);
+                }
+            });
+            if (!ok)
+                return;   // too many answers: ask the heads one question at a time
+            it = found.insert(head, std::move(in));
+        }
+        for (const int p : *it) {
+            if (lastSeg[p] == s)
+                continue;
+            lastSeg[p] = s;
+            if (--budget < 0)
+                return;
+            holding[p].push_back(s);
+        }
+    }
+    for (int p = 0; p < static_cast<int>(names.size()); ++p)
+        holding_.insert(names[p], std::move(holding[p]));
+    containmentComplete_ = true;
+}
+
+std::vector<int> TableIndex::segmentsholding(const QString& lineName) const
+{
+    if (containmentComplete_) {
+        const auto it = holding_.constFind(lineName);
+        if (it != holding_.constEnd())
+            return *it;
+    }
+    std::vector<int> out;
+    for (int s = 0; s < static_cast<int>(segments_.size()); ++s)
+        if (lines_[segments_[s].head].contains(lineName))
+            out.push_back(s);
+    return out;
+}
+
+Rows TableIndex::linetimes(const QString& lineName, int dayDigit) const
+{
+    if (lineName.isEmpty())
+        return {};
+    const QString digitText = QString::number(dayDigit);
+    const bool oneDigit = dayDigit >= 0 && dayDigit <= 9;
+    bool forwards = false;
+    int dayLine = -1;
+    for (const int s : segmentsholding(lineName)) {
+        const Segment& seg = segments_[s];
+        int from = seg.head;
+        if (!forwards) {
+            if (seg.firstForwards < 0)
+                continue;
+            forwards = true;   // and it stays so, in this segment and every later one
+            from = seg.firstForwards;
+        }
+        const auto first = std::lower_bound(seg.dayLines.begin(), seg.dayLines.end(), from);
+        for (auto it = first; it != seg.dayLines.end(); ++it) {
+            const size_t k = static_cast<size_t>(it - seg.dayLines.begin());
+            if (oneDigit ? (seg.dayDigits[k] >> dayDigit) & 1 : lines_[*it].contains(digitText)) {
+                dayLine = *it;
+                break;
+            }
+        }
+        if (dayLine >= 0)
+            break;
+    }
+    if (dayLine < 0)
+        return {};
+    const auto close = std::upper_bound(slashDays_.begin(), slashDays_.end(), dayLine);
+    const int end = close == slashDays_.end() ? static_cast<int>(lines_.size()) : *close;
+    Rows rows;
+    rows.reserve(end - dayLine - 1);
+    for (int i = dayLine + 1; i < end; ++i)
+        rows.push_back(rowfromline(lines_[i]));
     return rows;
 }
 
@@ -178,6 +408,7 @@ TableCache::Entry& TableCache::entry(const QString& path)
     if (e.size != size || e.mtimeNs != mtime || (e.lines.isEmpty() && size > 0)) {
         e.size = size;
         e.mtimeNs = mtime;
+        e.index.reset();
         e.lines = size < 0 ? QStringList() : splittablelines(readfile(path));
         e.answers.clear();
     }
@@ -193,7 +424,9 @@ RowsPtr TableCache::linetimes(const QString& path, const QString& lineName, int 
     auto it = e.answers.constFind(key);
     if (it != e.answers.constEnd())
         return *it;
-    auto rows = std::make_shared<const Rows>(linetimesfromlines(e.lines, lineName, dayDigit));
+    if (!e.index)
+        e.index = std::make_shared<const TableIndex>(e.lines);
+    auto rows = std::make_shared<const Rows>(e.index->linetimes(lineName, dayDigit));
     e.answers.insert(key, rows);
     return rows;
 }

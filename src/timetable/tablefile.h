@@ -45,8 +45,41 @@ bool isthisapuhol(Date d);                              // always false
 
 // The rows of the first day block, after the named line's header, whose day line
 // holds the day digit: a single pass over the file's lines exactly as the format's
-// substring rules read it.
+// substring rules read it. An empty identity is found in no line.
 Rows linetimesfromlines(const QStringList& lines, const QString& lineName, int dayDigit);
+
+// Where a table's line blocks and day blocks are, found once, so that reading one line's
+// rows looks only at the blocks that can matter instead of every line of the file. Its
+// answers are those of linetimesfromlines, substring rules included: a line's rows come
+// from the first block after any line that mentions "line" and holds the identity, not
+// only after the line's own header.
+class TableIndex {
+public:
+    explicit TableIndex(const QStringList& lines);
+    Rows linetimes(const QString& lineName, int dayDigit) const;
+
+private:
+    // The lines from one line that mentions "line" up to the next such line.
+    struct Segment {
+        int head = 0;
+        int end = 0;              // one past the last line
+        int firstForwards = -1;   // first line mentioning "forwards", -1 when none
+        std::vector<int> dayLines;          // lines mentioning "day", in order
+        std::vector<quint16> dayDigits;     // per day line, a bit for each digit it holds
+    };
+    // Segments whose head holds the identity, in file order.
+    std::vector<int> segmentsholding(const QString& lineName) const;
+    void findcontainment();
+
+    const QStringList lines_;   // shares the cache's text
+    std::vector<Segment> segments_;
+    std::vector<int> slashDays_;    // lines mentioning "/day", in order
+    // For every identity named in a line header, the segments whose head holds it; found
+    // for all of them at once. Empty (with containmentComplete_ false) when a hostile
+    // table would make that list huge; then each question scans the heads.
+    QHash<QString, std::vector<int>> holding_;
+    bool containmentComplete_ = false;
+};
 
 // Keeps each table file's lines, and every (line, day digit) answer, until the file
 // changes on disk (path, size and modification time), so a recalculation does not
@@ -63,6 +96,7 @@ private:
         qint64 size = -1;
         qint64 mtimeNs = 0;
         QStringList lines;
+        std::shared_ptr<const TableIndex> index;   // made at the first question about rows
         QHash<QString, RowsPtr> answers;
     };
     Entry& entry(const QString& path);

@@ -198,6 +198,12 @@ void Timetable::setupstnsmute()
         return QString::compare(a.name, b.name, Qt::CaseSensitive) < 0;
     });
     stnsmute = std::move(unique);
+    // Numbering every stop of every line looks each name up: a hash, not a scan.
+    stnindex_.clear();
+    stnindex_.reserve(static_cast<qsizetype>(stnsmute.size()));
+    for (int i = static_cast<int>(stnsmute.size()) - 1; i >= 0; --i)
+        stnindex_.insert(stnsmute[i].name, i);   // backwards, so the first of equal names wins
+    stnindexsize_ = stnsmute.size();
 }
 
 void Timetable::rewritelinesmutewithstnnums()
@@ -211,6 +217,10 @@ void Timetable::rewritelinesmutewithstnnums()
 
 int Timetable::stnnametonum(const QString& name) const
 {
+    if (stnindexsize_ == stnsmute.size() && !stnsmute.empty()) {
+        const auto it = stnindex_.constFind(name);
+        return it == stnindex_.constEnd() ? -1 : *it;
+    }
     for (int i = 0; i < static_cast<int>(stnsmute.size()); ++i)
         if (stnsmute[i].name == name)
             return i;

@@ -7,6 +7,7 @@
 #include "util/date.h"
 #include "util/folders.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 
@@ -105,6 +106,9 @@ private:
     bool publisher_;
     QString bundledPath_;
     TableCache cache_;
+    // Station name -> its first number, made with stnsmute; used while it still fits.
+    QHash<QString, int> stnindex_;
+    size_t stnindexsize_ = 0;
 };
 
 } // namespace quendle

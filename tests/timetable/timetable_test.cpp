@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 using namespace quendle;
 
 namespace {
@@ -137,6 +139,54 @@ TEST(TableFile, LineIdentitiesMatchBySubstring)
     EXPECT_EQ(linetimesfromlines(lines, "Hill Line#North", 1),
               linetimesfromlines(lines, "Hill Line#North Hill to South Vale", 1));
     EXPECT_EQ(departures(linetimesfromlines(lines, "River Line", 3)), std::vector<int>{600});
+}
+
+TEST(TableFile, IndexedReadingAgreesWithTheSinglePassOnOddTables)
+{
+    // Hand-made corners: identities inside other headers and inside "</line>", an empty
+    // identity, "forwards" before any header, a header that is its own day line, a day
+    // block never closed, digits in the day line's other text.
+    const QStringList corners = {
+        sampletable(),
+        "forwards\n <day num=\"1\" >\n1,2,}\n</day>\n<line name =\"ine\" color=\"#1\" stops = \"a|1|2\"  >\n"
+        "<forwards>\n <day num=\"12\" x=\"3\" >\n5,6,}\n</day>\n</line>\n<line name =\"\" color=\"\" stops = \"\"  >\n"
+        "<forwards> day 4\n7,8,}\n",
+        "<line name =\"A#b\" color=\"#1\" stops = \"A#b|1|2\" forwards day 3 >\n9,}\n</day>\n"
+        "<line name =\"Mid Cross\" stops = \"South Vale|1|2,Mid Cross|3|4\"  >\n<forwards>\n <day num=\"0\" >\n3,}\n",
+    };
+    // And many shuffles of the sample's lines with some lines doubled or dropped.
+    std::mt19937 random(20261124);
+    std::vector<QStringList> tables;
+    for (const QString& t : corners)
+        tables.push_back(splittablelines(t));
+    const QStringList sample = splittablelines(sampletable() + corners[1]);
+    for (int variant = 0; variant < 400; ++variant) {
+        QStringList lines;
+        for (int k = 0; k < 40; ++k)
+            lines << sample[static_cast<int>(random() % sample.size())];
+        tables.push_back(lines);
+    }
+    int compared = 0, nonEmpty = 0;
+    for (const QStringList& lines : tables) {
+        const TableIndex index(lines);
+        QStringList names = {"", "Hill Line#North", "River Line", "ine", "Mid Cross", "A#b", "x"};
+        for (const QString& l : lines)
+            if (l.contains("line name"))
+                names << l.section('"', 1, 1);
+        for (const QString& name : names) {
+            for (const int digit : {0, 1, 2, 3, 4, 6, 7, 12}) {
+                const Rows literal = linetimesfromlines(lines, name, digit);
+                ASSERT_EQ(index.linetimes(name, digit), literal)
+                    << "identity \"" << name.toStdString() << "\" digit " << digit << " in\n"
+                    << lines.join('\n').toStdString();
+                ++compared;
+                nonEmpty += literal.empty() ? 0 : 1;
+                if (name.isEmpty())
+                    EXPECT_TRUE(literal.empty());   // an empty identity is in no line
+            }
+        }
+    }
+    EXPECT_GT(nonEmpty, compared / 10);   // the comparison is not only about empty answers
 }
 
 TEST(TableFile, ColoursAndHex)
