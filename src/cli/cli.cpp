@@ -42,7 +42,7 @@ const char* const kUsage =
     "                     by default into the tables folder, so the next start loads it\n"
     "\n"
     "Options:\n"
-    "  --now ISO8601      run as if the clock read this instant (as QUENDLE_NOW does)\n"
+    "  --now ISO8601      run at this instant (as QUENDLE_NOW does; this wins over it)\n"
     "  --journey \"A|B\"    use this journey for this run only; nothing is saved\n"
     "  --help, --version\n";
 
@@ -399,6 +399,7 @@ CliGlobals parseglobals(const QStringList& args)
         if (!g.rest.isEmpty()) {
             g.rest << a;
         } else if (value(QStringLiteral("--now"), &g.now)) {
+            g.hasNow = true;
         } else if (value(QStringLiteral("--journey"), &g.journey)) {
             g.hasJourney = true;
         } else {

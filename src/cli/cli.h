@@ -16,6 +16,7 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
 // Global options taken before the platform is built.
 struct CliGlobals {
     QString now;          // --now ISO8601
+    bool hasNow = false;  // --now was given, even with an empty value
     QString journey;      // --journey "A|B|C"
     bool hasJourney = false;
     QStringList rest;     // the command and its arguments

@@ -42,8 +42,7 @@ void OverlayDefaults::synchronize()
 }
 
 struct CliPlatform::Services {
-    std::unique_ptr<SystemClock> clock;
-    ManualClock timerClock;
+    ManualClock clock;
     std::unique_ptr<ManualTimers> timers;
     QSettingsDefaults settings;
     std::unique_ptr<OverlayDefaults> defaults;
@@ -53,22 +52,13 @@ struct CliPlatform::Services {
     NullWindowHost window;
 };
 
-CliPlatform::CliPlatform(const QString& nowText) : s_(std::make_unique<Services>())
+CliPlatform::CliPlatform(std::optional<Date> start) : s_(std::make_unique<Services>())
 {
-    Date start;
-    if (!nowText.isEmpty()) {
-        if (!parseiso(nowText, &start))
-            error_ = QStringLiteral("--now needs an ISO 8601 instant such as 2014-03-09T17:04:50, not \"%1\"")
-                         .arg(nowText);
-        s_->clock = std::make_unique<SystemClock>(start);
-    } else {
-        s_->clock = std::make_unique<SystemClock>();
-    }
+    s_->clock.set(start ? *start : SystemClock().now());
     // A terminal run never waits for a timer: they are armed but nothing advances them.
-    s_->timerClock.set(s_->clock->now());
-    s_->timers = std::make_unique<ManualTimers>(s_->timerClock);
+    s_->timers = std::make_unique<ManualTimers>(s_->clock);
     s_->defaults = std::make_unique<OverlayDefaults>(&s_->settings);
-    platform_.clock = s_->clock.get();
+    platform_.clock = &s_->clock;
     platform_.timers = s_->timers.get();
     platform_.defaults = s_->defaults.get();
     platform_.http = &s_->http;

@@ -1,6 +1,8 @@
 #pragma once
-// The services a terminal run uses: the real clock (or the instant given with --now),
-// the user's settings read but never written, and no window, speech or login item.
+// The services a terminal run uses: a clock that stands still at the instant given with
+// --now or QUENDLE_NOW (or at the moment the run began), so everything a command prints is
+// reckoned from one instant; the user's settings read but never written; and no window,
+// speech or login item.
 
 #include "platform/platform.h"
 
@@ -8,6 +10,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 namespace quendle {
 
@@ -31,16 +34,14 @@ private:
 
 class CliPlatform {
 public:
-    explicit CliPlatform(const QString& nowText);
+    explicit CliPlatform(std::optional<Date> start);
     ~CliPlatform();
     Platform& platform() { return platform_; }
-    QString error() const { return error_; }
 
 private:
     struct Services;
     std::unique_ptr<Services> s_;
     Platform platform_;
-    QString error_;
 };
 
 } // namespace quendle

@@ -2,6 +2,7 @@
 
 #include "cli/cli.h"
 #include "cli/cliplatform.h"
+#include "platform/system/systemclock.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -9,6 +10,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 int main(int argc, char** argv)
 {
@@ -30,10 +32,13 @@ int main(int argc, char** argv)
     QTextStream out(stdout);
     QTextStream err(stderr);
     const quendle::CliGlobals g = quendle::parseglobals(args);
-    quendle::CliPlatform platform(g.now);
-    if (!platform.error().isEmpty()) {
-        err << "quendle-cli: " << platform.error() << "\n";
+    std::optional<quendle::Date> start;
+    QString error;
+    if (!quendle::SystemClock::givenstart(g.hasNow ? std::optional<QString>(g.now) : std::nullopt, &start,
+                                          &error)) {
+        err << "quendle-cli: " << error << "\n";
         return 2;
     }
+    quendle::CliPlatform platform(start);
     return quendle::runcli(args, platform.platform(), out, err);
 }

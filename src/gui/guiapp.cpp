@@ -27,6 +27,7 @@ void preferxwayland()
 }
 
 struct GuiApp::Services {
+    explicit Services(std::optional<Date> start) : clock(start) {}
     SystemClock clock;
     QtTimers timers{clock};
     QSettingsDefaults defaults;
@@ -38,7 +39,7 @@ struct GuiApp::Services {
     LogindSession session;
 };
 
-GuiApp::GuiApp() : s_(std::make_unique<Services>())
+GuiApp::GuiApp(std::optional<Date> start) : s_(std::make_unique<Services>(start))
 {
     platform_.clock = &s_->clock;
     platform_.timers = &s_->timers;

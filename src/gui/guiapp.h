@@ -4,6 +4,7 @@
 #include "platform/platform.h"
 
 #include <memory>
+#include <optional>
 
 namespace quendle {
 
@@ -16,7 +17,8 @@ void preferxwayland();
 
 class GuiApp {
 public:
-    GuiApp();
+    // Runs from `start` on (given with QUENDLE_NOW), or on the system's time.
+    explicit GuiApp(std::optional<Date> start = std::nullopt);
     ~GuiApp();
     void start();
     AppModel& model() { return *model_; }

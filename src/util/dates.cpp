@@ -514,9 +514,16 @@ QString isolocal(Date d)
                              c.hour, c.minute, c.second, offmin < 0 ? '-' : '+', a / 60, a % 60);
 }
 
-bool parseiso(const QString& text, Date* out)
+bool parseiso(const QString& text, Date* out, QString* why)
 {
+    auto refuse = [why](const char* reason) {
+        if (why)
+            *why = QString::fromUtf8(reason);
+        return false;
+    };
     const QString t = text.trimmed();
+    if (t.isEmpty())
+        return refuse("it is empty");
     int pos = 0;
     // Reads exactly n ASCII digits.
     auto digits = [&](int n, int* v) {
@@ -541,14 +548,15 @@ bool parseiso(const QString& text, Date* out)
         return false;
     };
     CivilTime c;
+    const char* const form = "it is not an ISO 8601 date and time";
     if (!digits(4, &c.year) || !expect('-') || !digits(2, &c.month) || !expect('-')
         || !digits(2, &c.day) || !(expect('T') || expect(' ')) || !digits(2, &c.hour)
         || !expect(':') || !digits(2, &c.minute))
-        return false;
+        return refuse(form);
     double fraction = 0;
     if (expect(':')) {
         if (!digits(2, &c.second))
-            return false;
+            return refuse(form);
         if (expect('.') || expect(',')) {
             double scale = 0.1;
             const int start = pos;
@@ -558,7 +566,7 @@ bool parseiso(const QString& text, Date* out)
                 ++pos;
             }
             if (pos == start)
-                return false;
+                return refuse(form);
         }
     }
     bool hasOffset = false;
@@ -570,26 +578,38 @@ bool parseiso(const QString& text, Date* out)
         ++pos;
         int oh = 0, om = 0;
         if (!digits(2, &oh))
-            return false;
+            return refuse(form);
         expect(':');
-        if (!digits(2, &om) || oh > 23 || om > 59)
-            return false;
+        if (!digits(2, &om))
+            return refuse(form);
+        if (oh > 23 || om > 59)
+            return refuse("there is no such offset from UTC");
         hasOffset = true;
         offmin = sign * (oh * 60 + om);
     }
     if (pos != t.size())
-        return false;
-    if (c.month < 1 || c.month > 12 || c.day < 1 || c.hour > 23 || c.minute > 59 || c.second > 60)
-        return false;
+        return refuse(form);
+    if (c.year == 0)
+        return refuse("year 0000 is not a usable year");
+    if (c.second == 60)
+        return refuse("second 60 is a leap second, which the clock does not keep");
+    if (c.month < 1 || c.month > 12 || c.day < 1 || c.hour > 23 || c.minute > 59 || c.second > 59)
+        return refuse("there is no such date or time");
     const int64_t next = c.month == 12 ? daysfromcivil(c.year + 1, 1, 1)
                                        : daysfromcivil(c.year, c.month + 1, 1);
     if (c.day > next - daysfromcivil(c.year, c.month, 1))
-        return false;
+        return refuse("there is no such date");
     double ms = 0;
-    if (hasOffset)
+    if (hasOffset) {
         ms = wallms(c) - offmin * kMsPerMinute;
-    else
+    } else {
         ms = zone().resolve(wallms(c));
+        // The calendar moves a skipped time on by the hour; the reading must show it back.
+        const CivilTime back = civilfromdate(Date{ms / 1000.0});
+        if (back.year != c.year || back.month != c.month || back.day != c.day || back.hour != c.hour
+            || back.minute != c.minute || back.second != c.second)
+            return refuse("the local clock skips that time when daylight saving begins");
+    }
     if (out)
         *out = Date{ms / 1000.0 + fraction};
     return true;

@@ -69,8 +69,12 @@ Date datefromcivil(const CivilTime& c);
 CivilTime civilfromdate(Date d);
 // ISO 8601 local time with offset and seconds, e.g. 2014-03-09T17:04:50+11:00.
 QString isolocal(Date d);
-// Parses ISO 8601 with or without an offset (without: local time). false when unusable.
-bool parseiso(const QString& text, Date* out);
+// Parses ISO 8601 with or without an offset (without: local time in TZ), e.g.
+// 2014-03-09T17:04:50, 2014-03-09 17:04, 2014-03-09T06:04:50.5Z, 2014-03-09T17:04:50+11:00.
+// False when unusable, with the reason in *why: not that form, no such date or time, year
+// 0000, a leap second, or a local time the clock skips when daylight saving begins. A local
+// time the clock shows twice reads as its second pass, as the calendar has it.
+bool parseiso(const QString& text, Date* out, QString* why = nullptr);
 // ICU reads TZ once; after changing TZ, call this so the calendars follow.
 void resetdatezone();
 

@@ -2,7 +2,9 @@
 #include "platform/system/manualtimers.h"
 #include "util/dates.h"
 #include "util/files.h"
+#include "support/tables.h"
 
+#include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QJsonArray>
@@ -147,26 +149,75 @@ TEST_F(CliTest, StationsLinesAndTableCheck)
     EXPECT_EQ(run({"table", "check"}, at).status, 2);
 }
 
-TEST(CliProgram, QuendleNowStartsTheClockThere)
+namespace {
+
+struct Program {
+    int status = -1;
+    QByteArray out, err;
+};
+
+// The real quendle-cli in a home of its own, with extra environment variables.
+Program runprogram(const QString& home, const QStringList& args, const QStringList& env = {})
 {
     const QString program = qEnvironmentVariable("QUENDLE_CLI");
-    ASSERT_FALSE(program.isEmpty());
-    QTemporaryDir home;
     QProcess p;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("QUENDLE_NOW", "2014-03-09T17:04:50");
-    env.insert("HOME", home.path());
-    env.insert("XDG_CONFIG_HOME", home.path() + "/.config");
-    p.setProcessEnvironment(env);
-    p.start(program, {"dump"});
-    ASSERT_TRUE(p.waitForFinished(60000));
-    EXPECT_EQ(p.exitCode(), 0) << p.readAllStandardError().toStdString();
-    const QByteArray text = p.readAllStandardOutput();
-    EXPECT_TRUE(text.startsWith("{\n    \"now\": \"2014-03-09T17:04:5")) << text.left(80).toStdString();
-    const QJsonObject o = QJsonDocument::fromJson(text).object();
-    // The clock runs on from the given instant: a few seconds at most have passed.
-    EXPECT_TRUE(o["now"].toString().startsWith("2014-03-09T17:04:5")) << o["now"].toString().toStdString();
-    EXPECT_TRUE(o["now"].toString().endsWith("+11:00"));
+    QProcessEnvironment e = QProcessEnvironment::systemEnvironment();
+    e.remove("QUENDLE_NOW");
+    e.insert("HOME", home);
+    e.insert("XDG_CONFIG_HOME", home + "/.config");
+    for (const QString& kv : env)
+        e.insert(kv.section('=', 0, 0), kv.section('=', 1));
+    p.setProcessEnvironment(e);
+    p.start(program, args);
+    Program r;
+    if (!p.waitForFinished(60000))
+        return r;
+    r.status = p.exitCode();
+    r.out = p.readAllStandardOutput();
+    r.err = p.readAllStandardError();
+    return r;
+}
+
+} // namespace
+
+TEST(CliProgram, AGivenInstantStandsStillForTheWholeCommand)
+{
+    ASSERT_FALSE(qEnvironmentVariable("QUENDLE_CLI").isEmpty());
+    QTemporaryDir home;
+    // A table of its own (dated after the built-in one, so it stays) with a service at 08:15.
+    const QString tables = home.path() + "/Library/Preferences/quendlefddffdrterXAXAXA/tablesverified";
+    QDir().mkpath(tables);
+    writefile(fixtures::table("1 January 2100 1:00:00 AM",
+                              {fixtures::lineblock("Test#Bondi Junction to Edgecliff",
+                                                   "Bondi Junction|151.25|-33.89,Edgecliff|151.23|-33.88",
+                                                   {fixtures::dayblock("0123456", {"815,820,}", "845,850,}"})}),
+                               fixtures::lineblock("Test#Edgecliff to Bondi Junction",
+                                                   "Edgecliff|151.23|-33.88,Bondi Junction|151.25|-33.89",
+                                                   {fixtures::dayblock("0123456", {"900,905,}"})})}),
+              tables + "/", "SydneyTrains.vq");
+
+    // Ten minutes before the departure by the frozen clock: the minute past it counts, 11m.
+    for (const QStringList& how : {QStringList{"--now", "2014-03-10T08:05:00", "dump"}, QStringList{"dump"}}) {
+        const Program r = runprogram(home.path(), how, {"QUENDLE_NOW=2014-03-10T08:05:00"});
+        ASSERT_EQ(r.status, 0) << r.err.toStdString();
+        const QJsonObject o = QJsonDocument::fromJson(r.out).object();
+        EXPECT_EQ(o["now"].toString(), "2014-03-10T08:05:00+11:00");
+        EXPECT_EQ(o["remstr"].toString(), " 11m") << r.out.left(400).toStdString();
+    }
+
+    // Unusable instants, from either source, stop the command with a reason.
+    const std::vector<std::pair<QStringList, QStringList>> bad = {
+        {{"--now", "", "next"}, {}},
+        {{"--now=2014-10-05T02:30:00", "next"}, {}},
+        {{"next"}, {"QUENDLE_NOW=0000-06-01T10:00:00"}},
+        {{"--now", "2016-12-31T23:59:60", "next"}, {"QUENDLE_NOW=2014-03-10T08:05:00"}},
+    };
+    for (const auto& [args, env] : bad) {
+        const Program r = runprogram(home.path(), args, env);
+        EXPECT_EQ(r.status, 2) << args.join(' ').toStdString();
+        EXPECT_TRUE(r.err.contains("is not a usable instant")) << r.err.toStdString();
+        EXPECT_TRUE(r.out.isEmpty());
+    }
 }
 
 TEST_F(CliTest, WesternLineMorningPeakTrainsAreMinutesApart)

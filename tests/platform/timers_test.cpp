@@ -2,6 +2,7 @@
 #include "platform/system/qttimers.h"
 #include "platform/system/systemclock.h"
 #include "support/test_env.h"
+#include "util/dates.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <optional>
 #include <ctime>
 #include <vector>
 
@@ -145,44 +147,51 @@ TEST(ManualTimers, ZeroIntervalTimersRunUntilTheyStopAndRunawaysAreBenched)
     EXPECT_EQ(timers.pendingCount(), 1);
 }
 
-TEST(SystemClock, StartsAtQuendleNowAndRunsOn)
+TEST(SystemClock, StartsAtTheGivenInstantAndRunsOn)
 {
     ScopedEnv tz("TZ", QByteArray("Australia/Sydney"));
     tzset();
+    resetdatezone();
     Date d;
     EXPECT_TRUE(SystemClock::parseNow("2014-03-09T17:04:50", &d));
     EXPECT_EQ(d, kStart);
-    EXPECT_TRUE(SystemClock::parseNow("2014-03-09T06:04:50Z", &d));
-    EXPECT_EQ(d, kStart);
     EXPECT_TRUE(SystemClock::parseNow(" 2014-03-09T18:04:50+12:00 ", &d));
     EXPECT_EQ(d, kStart);
-    EXPECT_TRUE(SystemClock::parseNow("2014-07-01T09:00:00", &d));   // winter: +10:00
-    EXPECT_EQ(d.secs, 1404169200.0);
-    d = Date{42};
-    EXPECT_FALSE(SystemClock::parseNow("", &d));
-    EXPECT_FALSE(SystemClock::parseNow("9 March 2014", &d));
-    EXPECT_FALSE(SystemClock::parseNow("2014-13-09T17:04:50", &d));
-    EXPECT_EQ(d, Date{42});
 
+    // --now wins over QUENDLE_NOW; an empty --now is an error, an empty QUENDLE_NOW unset.
+    std::optional<Date> start;
+    QString error;
     {
-        ScopedEnv now("QUENDLE_NOW", QByteArray("2014-03-09T17:04:50"));
-        SystemClock clock;
-        EXPECT_TRUE(clock.startedAtGivenInstant());
-        const Date first = clock.now();
-        EXPECT_GE(first, kStart);
-        EXPECT_LT(first, kStart.plusSeconds(60));
-        QThread::msleep(20);
-        EXPECT_GT(clock.now(), first);
+        ScopedEnv now("QUENDLE_NOW", QByteArray("2014-07-01T09:00:00"));
+        EXPECT_TRUE(SystemClock::givenstart(std::nullopt, &start, &error));
+        EXPECT_EQ(start, Date{1404169200});   // winter: +10:00
+        EXPECT_TRUE(SystemClock::givenstart(QString("2014-03-09T17:04:50"), &start, &error));
+        EXPECT_EQ(start, kStart);
+        EXPECT_FALSE(SystemClock::givenstart(QString(""), &start, &error));
+        EXPECT_FALSE(start.has_value());
+        EXPECT_TRUE(error.startsWith("--now \"\" is not a usable instant: it is empty")) << qPrintable(error);
     }
     {
-        ScopedEnv now("QUENDLE_NOW", QByteArray("soon"));
-        SystemClock clock;   // logs, then follows the system time
-        EXPECT_FALSE(clock.startedAtGivenInstant());
-        EXPECT_NEAR(clock.now().secs, QDateTime::currentSecsSinceEpoch(), 60);
+        ScopedEnv now("QUENDLE_NOW", QByteArray("2014-10-05T02:30:00"));
+        EXPECT_FALSE(SystemClock::givenstart(std::nullopt, &start, &error));
+        EXPECT_TRUE(error.startsWith("QUENDLE_NOW=\"2014-10-05T02:30:00\" is not a usable instant"))
+            << qPrintable(error);
     }
-    ScopedEnv now("QUENDLE_NOW", std::nullopt);
+    {
+        ScopedEnv now("QUENDLE_NOW", QByteArray(""));
+        EXPECT_TRUE(SystemClock::givenstart(std::nullopt, &start, &error));
+        EXPECT_FALSE(start.has_value());
+    }
+
+    SystemClock clock(kStart);
+    EXPECT_TRUE(clock.startedAtGivenInstant());
+    const Date first = clock.now();
+    EXPECT_GE(first, kStart);
+    EXPECT_LT(first, kStart.plusSeconds(60));
+    QThread::msleep(20);
+    EXPECT_GT(clock.now(), first);
     EXPECT_FALSE(SystemClock().startedAtGivenInstant());
-    EXPECT_NEAR(SystemClock(kStart).now().secs, kStart.secs, 60);
+    EXPECT_NEAR(SystemClock().now().secs, QDateTime::currentSecsSinceEpoch(), 60);
 }
 
 TEST(QtTimers, FireOnTheEventLoopByTheClock)

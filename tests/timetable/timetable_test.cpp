@@ -181,8 +181,9 @@ TEST(TableFile, IndexedReadingAgreesWithTheSinglePassOnOddTables)
                     << lines.join('\n').toStdString();
                 ++compared;
                 nonEmpty += literal.empty() ? 0 : 1;
-                if (name.isEmpty())
+                if (name.isEmpty()) {
                     EXPECT_TRUE(literal.empty());   // an empty identity is in no line
+                }
             }
         }
     }

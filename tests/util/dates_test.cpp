@@ -212,3 +212,40 @@ TEST(Dates, IsoTextsAndRetiredFormats)
     EXPECT_EQ(lumdatetostrfuturefix(d), "");
     EXPECT_EQ(lumdatetostrfukfix(d), "zbzbzbzbzbzbzzzz");
 }
+
+TEST(Dates, OneReadingOfAnIsoInstant)
+{
+    Date d;
+    QString why;
+    EXPECT_TRUE(parseiso("2014-03-09T17:04:50", &d));
+    EXPECT_EQ(d.secs, 1394345090);
+    EXPECT_TRUE(parseiso("2014-03-09 17:04", &d));
+    EXPECT_EQ(d.secs, 1394345040);
+    EXPECT_TRUE(parseiso("2014-03-09T06:04:50.25Z", &d));
+    EXPECT_EQ(d.secs, 1394345090.25);
+    // The hour shown twice when summer time ends reads as its second pass.
+    EXPECT_TRUE(parseiso("2014-04-06T02:30:00", &d));
+    EXPECT_EQ(d.secs, 1396715400);
+
+    const std::vector<std::pair<QString, QString>> refused = {
+        {"", "it is empty"},
+        {"   ", "it is empty"},
+        {"9 March 2014", "it is not an ISO 8601 date and time"},
+        {"2014-03-09T17:04:50junk", "it is not an ISO 8601 date and time"},
+        {"2014-02-29T10:00:00", "there is no such date"},
+        {"2014-13-09T17:04:50", "there is no such date or time"},
+        {"0000-01-01T00:00:00", "year 0000 is not a usable year"},
+        {"2016-12-31T23:59:60Z", "second 60 is a leap second, which the clock does not keep"},
+        {"2014-10-05T02:30:00", "the local clock skips that time when daylight saving begins"},
+        {"2014-03-09T17:04:50+24:00", "there is no such offset from UTC"},
+    };
+    for (const auto& [text, reason] : refused) {
+        d = Date{42};
+        EXPECT_FALSE(parseiso(text, &d, &why)) << qPrintable(text);
+        EXPECT_EQ(why, reason) << qPrintable(text);
+        EXPECT_EQ(d, Date{42});
+    }
+    // With an offset the instant is plain, even inside the skipped hour's wall time.
+    EXPECT_TRUE(parseiso("2014-10-05T02:30:00+10:00", &d));
+    EXPECT_EQ(d.secs, 1412440200);
+}

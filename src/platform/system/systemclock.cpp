@@ -1,44 +1,52 @@
 #include "platform/system/systemclock.h"
 
+#include "util/dates.h"
+
 #include <QDateTime>
-#include <QDebug>
 #include <QtGlobal>
 
 namespace quendle {
 
-bool SystemClock::parseNow(const QString& text, Date* out)
+bool SystemClock::parseNow(const QString& text, Date* out, QString* why)
 {
-    const QString t = text.trimmed();
-    if (t.isEmpty())
+    return parseiso(text, out, why);
+}
+
+bool SystemClock::givenstart(const std::optional<QString>& option, std::optional<Date>* start, QString* error)
+{
+    start->reset();
+    QString text, source;
+    if (option) {
+        text = *option;
+        source = QStringLiteral("--now");
+    } else {
+        text = qEnvironmentVariable("QUENDLE_NOW");
+        source = QStringLiteral("QUENDLE_NOW=");
+        if (text.isEmpty())
+            return true;
+    }
+    Date when;
+    QString why;
+    if (!parseNow(text, &when, &why)) {
+        // A hostile value can be long; the start is enough to recognise it.
+        const QString shown = text.size() > 60 ? text.left(60) + QStringLiteral("…") : text;
+        if (error)
+            *error = QStringLiteral("%1%2\"%3\" is not a usable instant: %4. Give one such as "
+                                    "2014-03-09T17:04:50 (local time), 2014-03-09T06:04:50Z or "
+                                    "2014-03-09T17:04:50+11:00.")
+                         .arg(source, option ? QStringLiteral(" ") : QString(), shown, why);
         return false;
-    // Qt reads a missing offset as local time, "Z" as UTC and "+hh:mm" as that offset.
-    const QDateTime dt = QDateTime::fromString(t, Qt::ISODateWithMs);
-    if (!dt.isValid())
-        return false;
-    if (out)
-        *out = Date{static_cast<double>(dt.toMSecsSinceEpoch()) / 1000.0};
+    }
+    *start = when;
     return true;
 }
 
-SystemClock::SystemClock()
+SystemClock::SystemClock(std::optional<Date> start)
 {
-    const QString given = qEnvironmentVariable("QUENDLE_NOW");
-    if (given.isEmpty())
+    if (!start)
         return;
-    Date start;
-    if (!parseNow(given, &start)) {
-        qWarning().noquote() << QStringLiteral("quendle: QUENDLE_NOW=\"%1\" is not an ISO 8601 instant "
-                                               "(e.g. 2014-03-09T17:04:50); using the system clock")
-                                    .arg(given);
-        return;
-    }
     fixedStart_ = true;
-    start_ = start;
-    elapsed_.start();
-}
-
-SystemClock::SystemClock(Date start) : fixedStart_(true), start_(start)
-{
+    start_ = *start;
     elapsed_.start();
 }
 
