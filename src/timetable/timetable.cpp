@@ -257,6 +257,24 @@ QString Timetable::linenameandstntoname(int line, int stop) const
     return stns[stop];
 }
 
+int Timetable::linenametonum(const QString& text) const
+{
+    for (int l = 0; l < static_cast<int>(linesmute.size()); ++l)
+        if (matchatleasthalfofwords(text, linesmute[l].dispname))
+            return l;
+    return -1;
+}
+
+std::vector<int> Timetable::linenametonums(const QString& text) const
+{
+    const QString shortname = abbreviatelinename(text);
+    std::vector<int> out;
+    for (int l = 0; l < static_cast<int>(linesmute.size()); ++l)
+        if (matchatleasthalfofwords(shortname, linesmute[l].dispname))
+            out.push_back(l);
+    return out;
+}
+
 int Timetable::thisstnonthisline(const QString& name, int line) const
 {
     if (line < 0 || line >= static_cast<int>(linesmute.size()))

@@ -83,6 +83,10 @@ public:
     QString stnnumtoname(int num) const;
     QString linenumtoname(int num) const;
     QString linenameandstntoname(int line, int stop) const;
+    // The first line whose display name shares enough words with text; -1 when none.
+    int linenametonum(const QString& text) const;
+    // Every line the short form of text (its words before " Line") can stand for, in line order.
+    std::vector<int> linenametonums(const QString& text) const;
     int thisstnonthisline(const QString& name, int line) const;
     std::vector<LineForStation> getlinesforthisstn(const QString& name) const;
     static bool validstn(const QString& name) { return name.size() > 2; }

@@ -106,10 +106,13 @@ QString writefile(const QString& text, const QString& folder, const QString& nam
     return path;
 }
 
-bool replacefile(const QString& path, const QString& text)
+bool replacefile(const QString& path, const QString& text, QString* why)
 {
-    QString why;
-    return savefile(path, text, &why);
+    QString reason;
+    const bool ok = savefile(path, text, &reason);
+    if (why)
+        *why = reason;
+    return ok;
 }
 
 bool lumexist(const QString& path) { return !path.isEmpty() && QFileInfo::exists(path); }

@@ -14,8 +14,9 @@ QString decodefiletext(const QByteArray& bytes);
 QString writefile(const QString& text, const QString& folder, const QString& name);
 // Replaces the file at path by text (UTF-8): written to a sibling file, flushed and renamed
 // over the old one, so a crash or a full disk leaves the old file or the new one, never a
-// mix. false when it failed (the old file is then untouched); quiet, the caller decides.
-bool replacefile(const QString& path, const QString& text);
+// mix. false when it failed (the old file is then untouched), with the reason in *why;
+// quiet, the caller decides.
+bool replacefile(const QString& path, const QString& text, QString* why = nullptr);
 bool lumexist(const QString& path);
 bool lumcopy(const QString& from, const QString& to);  // false when `to` exists
 void lummove(const QString& from, const QString& to);

@@ -123,6 +123,26 @@ QString lumregextremestr(const QString& text, const QString& regex)
     return U_SUCCESS(status) ? text.mid(s, e - s) : QString();
 }
 
+QString lumregexmatchat(const QString& text, const QString& regex, qsizetype pos)
+{
+    if (pos < 0 || pos > text.size() || text.size() > INT32_MAX)
+        return QString();
+    Bound m(regex, text);
+    if (!m)
+        return QString();
+    UErrorCode status = U_ZERO_ERROR;
+    m->region(int32_t(pos), m.input().length(), status);
+    m->useTransparentBounds(true);
+    QString out;
+    if (U_SUCCESS(status) && m->lookingAt(status) && U_SUCCESS(status)) {
+        const int32_t s = m->start(status), e = m->end(status);
+        if (U_SUCCESS(status))
+            out = text.mid(s, e - s);
+    }
+    m->useTransparentBounds(false);   // the matcher is shared: leave it as other callers expect
+    return out;
+}
+
 QStringList lumregexsplit(const QString& text, const QString& regex)
 {
     Bound m(regex, text);
@@ -226,6 +246,17 @@ QString lumdisplaymutearray(const QStringList& list)
 {
     Q_UNUSED(list);   // a retired listing; callers only rely on the fixed answer
     return QStringLiteral("zbzbzb");
+}
+
+bool matchatleasthalfofwords(const QString& a, const QString& b)
+{
+    const QStringList wa = a.split(' ');
+    const qsizetype wb = b.count(' ') + 1;
+    qsizetype found = 0;
+    for (const QString& w : wa)
+        if (isthisinthat(w, b))
+            ++found;
+    return !(found <= wa.size() / 2 && found < wb);
 }
 
 int intvalue(const QString& text)

@@ -8,6 +8,9 @@ namespace quendle {
 
 QStringList lumregextremeray(const QString& text, const QString& regex); // every whole match
 QString lumregextremestr(const QString& text, const QString& regex);     // first match or ""
+// The match that starts exactly at pos, or "" when none does; look-behind sees the text
+// before pos.
+QString lumregexmatchat(const QString& text, const QString& regex, qsizetype pos);
 QStringList lumregexsplit(const QString& text, const QString& regex);
 QString lumregexreplace(const QString& text, const QString& regex, const QString& replacement);
 bool lumregexvalid(const QString& regex);
@@ -23,6 +26,10 @@ bool isthisinthat(const QString& a, const QString& b);
 QString raytostring(const QStringList& list);   // "\n" then each element followed by "\n"
 QString lumraytostr(const QStringList& list);   // ",a,b,c"
 QString lumdisplaymutearray(const QStringList& list); // always "zbzbzb"
+
+// Word overlap of two names: true when more than half of a's words (split at " ") occur
+// in b, or when at least as many of them occur in b as b has words.
+bool matchatleasthalfofwords(const QString& a, const QString& b);
 
 // Leading integer of a text as the table and preference readers take it:
 // leading blanks skipped, optional sign, digits up to the first non-digit; 0 when none;
