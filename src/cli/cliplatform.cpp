@@ -49,6 +49,7 @@ struct CliPlatform::Services {
     QtHttp http;
     ConsoleAlerts alerts;
     NullBrowser browser;
+    NullClipboard clipboard;
     NullWindowHost window;
 };
 
@@ -64,6 +65,7 @@ CliPlatform::CliPlatform(std::optional<Date> start) : s_(std::make_unique<Servic
     platform_.http = &s_->http;
     platform_.alerts = &s_->alerts;
     platform_.browser = &s_->browser;
+    platform_.clipboard = &s_->clipboard;
     platform_.window = &s_->window;
     platform_.homeDir = QDir::homePath();
     platform_.appDataDir = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/quendle";

@@ -1,6 +1,8 @@
 #include "gui/desktopservices.h"
 
+#include <QClipboard>
 #include <QDesktopServices>
+#include <QGuiApplication>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QUrl>
@@ -29,6 +31,12 @@ bool DesktopBrowser::openUrl(const QString& url)
     if (u.scheme() != QLatin1String("https") && u.scheme() != QLatin1String("http"))
         return false;
     return QDesktopServices::openUrl(u);
+}
+
+void DesktopClipboard::setText(const QString& text)
+{
+    if (QClipboard* c = QGuiApplication::clipboard())
+        c->setText(text);
 }
 
 } // namespace quendle

@@ -1,7 +1,8 @@
 #pragma once
-// Desktop services that need widgets: modal alerts and the web browser.
+// Desktop services that need widgets: modal alerts, the web browser and the clipboard.
 
 #include "platform/alerts.h"
+#include "platform/clipboard.h"
 
 namespace quendle {
 
@@ -13,6 +14,11 @@ public:
 class DesktopBrowser : public Browser {
 public:
     bool openUrl(const QString& url) override;
+};
+
+class DesktopClipboard : public Clipboard {
+public:
+    void setText(const QString& text) override;
 };
 
 } // namespace quendle

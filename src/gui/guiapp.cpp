@@ -35,6 +35,7 @@ struct GuiApp::Services {
     TtsSpeech speech;
     MessageBoxAlerts alerts;
     DesktopBrowser browser;
+    DesktopClipboard clipboard;
     XdgLoginItems loginItems;
     LogindSession session;
 };
@@ -48,6 +49,7 @@ GuiApp::GuiApp(std::optional<Date> start) : s_(std::make_unique<Services>(start)
     platform_.speech = &s_->speech;
     platform_.alerts = &s_->alerts;
     platform_.browser = &s_->browser;
+    platform_.clipboard = &s_->clipboard;
     platform_.loginItems = &s_->loginItems;
     platform_.session = &s_->session;
     platform_.homeDir = QDir::homePath();

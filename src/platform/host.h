@@ -14,6 +14,8 @@ public:
     virtual void calccurrentdisplay() = 0;
     virtual void drawnewmappoints() = 0;
     virtual void addminstoalarm(int minutes) = 0;
+    // A fetch from the network succeeded: remember when, save, recalculate.
+    virtual void writesuccupdate() {}
 };
 
 } // namespace quendle

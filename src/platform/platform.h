@@ -2,6 +2,7 @@
 // Everything the core needs from the outside world, in one bundle.
 
 #include "platform/alerts.h"
+#include "platform/clipboard.h"
 #include "platform/clock.h"
 #include "platform/defaults.h"
 #include "platform/http.h"
@@ -23,6 +24,7 @@ struct Platform {
     Speech* speech = nullptr;
     Alerts* alerts = nullptr;
     Browser* browser = nullptr;
+    Clipboard* clipboard = nullptr;
     LoginItems* loginItems = nullptr;
     SessionEvents* session = nullptr;
     WindowHost* window = nullptr;

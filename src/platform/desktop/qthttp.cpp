@@ -86,6 +86,10 @@ public:
             out.error = QStringLiteral("no complete answer within %1 ms").arg(timeoutMs);
         else if (tooLarge)
             out.error = QStringLiteral("the answer is larger than %1 bytes").arg(maxBytes);
+        else if (status >= 400)   // said plainly: the reply's own text repeats the whole address
+            out.error = QStringLiteral("HTTP status %1 %2")
+                            .arg(status)
+                            .arg(reply->attribute(QNetworkRequest::HttpReasonPhraseAttribute).toString());
         else if (reply->error() != QNetworkReply::NoError)
             out.error = reply->errorString();
         else if (status < 200 || status >= 300)

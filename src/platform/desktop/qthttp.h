@@ -36,7 +36,7 @@ public:
     QString postForm(const QString& url, const QString& formBody) override;
 
     // Why the last fetch read as "", or "" when it succeeded.
-    QString lastError() const { return lastError_; }
+    QString lastError() const override { return lastError_; }
 
 private:
     QString fetch(const QString& url, const QByteArray* formBody);

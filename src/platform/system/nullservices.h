@@ -1,9 +1,10 @@
 #pragma once
 // Stand-ins for the services a terminal run (or a test) has no use for: a window that
-// exists only in memory, no session events, no network, no browser, and alerts that are
-// printed instead of asked.
+// exists only in memory, no session events, no network, no browser, a private clipboard,
+// and alerts that are printed instead of asked.
 
 #include "platform/alerts.h"
+#include "platform/clipboard.h"
 #include "platform/http.h"
 #include "platform/session.h"
 #include "platform/window.h"
@@ -94,6 +95,16 @@ public:
 
 private:
     QStringList opened_;
+};
+
+// A clipboard of its own, for runs without a desktop: keeps the last text.
+class NullClipboard : public Clipboard {
+public:
+    void setText(const QString& text) override { text_ = text; }
+    QString text() const { return text_; }
+
+private:
+    QString text_;
 };
 
 // Prints the alert and its buttons, and answers with the first button. Never reads input,
