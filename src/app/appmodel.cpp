@@ -1,5 +1,6 @@
 #include "app/appmodel.h"
 
+#include "app/trackworkview.h"
 #include "util/dates.h"
 #include "util/files.h"
 #include "util/text.h"
@@ -32,6 +33,7 @@ AppModel::AppModel(Platform& platform, Options options)
 {
     timetable_ = std::make_unique<Timetable>(folders_, false);
     journey_ = std::make_unique<Journey>(*timetable_, *platform_.clock, *platform_.timers, *this, view_);
+    disruptions_ = std::make_unique<Disruptions>(*timetable_, *journey_, platform_, folders_, *this);
     userstate_ = std::make_unique<UserState>(*journey_, *timetable_, platform_, *this, view_, folders_);
     userstate_->mylastupdateray = &mylastupdateray;
     alarmview_ = std::make_unique<UserStateAlarms>(*userstate_);
@@ -40,6 +42,8 @@ AppModel::AppModel(Platform& platform, Options options)
     display_->setwindow(platform_.window);
     display_->alerts = platform_.alerts;
     display_->setalarms(alarmview_.get());
+    trakview_ = std::make_unique<DisruptionsTrackworkView>(*disruptions_);
+    display_->settrackwork(trakview_.get());
 }
 
 AppModel::~AppModel() = default;
@@ -84,15 +88,22 @@ void AppModel::setupstuff()
     u.removealarm();
     j.myfuturetimes.clear();
     j.stickyindexes.clear();
+    Disruptions& d = *disruptions_;
+    d.servsaffectedbytrakw.clear();
+    d.servsaffectedbytrakwmultid.clear();
     j.myjournstr = QStringList{QStringLiteral("Bondi Junction"), QStringLiteral("Edgecliff")};
 
     Timetable& tt = *timetable_;
     tt.setuptables();
     tt.setuplinesmultitable();
     tt.setupstnsmute();
+    d.setuptrakw();
+    d.trakwremdupes();
     tt.rewritelinesmutewithstnnums();
     j.setupstnconnections(platform_.appDataDir + "/stationconnections.txt");
+    d.setupinterrrup();
     u.readprefs();
+    d.setupserviceinterruptions();
     loaddefaultsifappcrashed();
     setuptimers();
     setwindowsize();
@@ -246,6 +257,7 @@ void AppModel::refreshdisplay()
 {
     display_->adjustclippingbasedonjourneylength();
     redisplay();
+    disruptions_->trakstatustimer();
     if (platform_.window && !journey_->myjournstr.isEmpty()) {
         journey_->calcremstr();
         const QString first = UserState::abbreviatejurnifnecc(journey_->myjournstr.front());
@@ -269,14 +281,26 @@ void AppModel::writeprefs()
         userstate_->writeprefs();
 }
 
+void AppModel::writesuccupdate()
+{
+    mylastupdateray = {now()};
+    writeprefs();
+    calctripoptimizelater();
+}
+
 void AppModel::calctripoptimizelater()
 {
     Journey& j = *journey_;
+    Disruptions& d = *disruptions_;
     logdebug(QStringLiteral("begcalctrip"));
     j.getlinematchesforwholejourn();
     j.insertzandrelifnecc();
+    d.trakstatustimer();
     j.recalcservices();
     j.setmyconnectingservs();
+    d.getrelevanttrakwork();
+    d.setuprelevanttrakinfobydate();
+    d.getmyservsaffectedbytrakw();
     j.setviewindexestocurrent();
     j.calcremaintimr();
     calccurrentdisplay();

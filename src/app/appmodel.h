@@ -3,6 +3,7 @@
 // full recalculation of the journey, owns the timers and answers the modules'
 // upward calls (redraw, save, recalculate). Both front ends drive one of these.
 
+#include "disruptions/disruptions.h"
 #include "display/display.h"
 #include "journey/journey.h"
 #include "platform/host.h"
@@ -69,6 +70,7 @@ public:
     void calccurrentdisplay() override;
     void drawnewmappoints() override;
     void addminstoalarm(int minutes) override { userstate_->addminstoalarm(minutes); }
+    void writesuccupdate() override;
 
     Date now() const { return platform_.clock->now(); }
     const Folders& folders() const { return folders_; }
@@ -80,6 +82,8 @@ public:
     const UserState& userstate() const { return *userstate_; }
     // Whether writeprefs reaches the stores; a terminal run turns it on only to save a journey.
     void setsavestate(bool on) { options_.saveState = on; }
+    Disruptions& disruptions() { return *disruptions_; }
+    const Disruptions& disruptions() const { return *disruptions_; }
     ViewState& view() { return view_; }
     const ViewState& view() const { return view_; }
     Display& display() { return *display_; }
@@ -111,6 +115,8 @@ private:
     ViewState view_;
     std::unique_ptr<Timetable> timetable_;
     std::unique_ptr<Journey> journey_;
+    std::unique_ptr<Disruptions> disruptions_;
+    std::unique_ptr<TrackworkView> trakview_;   // the display's window on the disruptions
     std::unique_ptr<UserState> userstate_;
     std::unique_ptr<AlarmView> alarmview_;   // the strip's view of the alarm
     std::unique_ptr<Display> display_;

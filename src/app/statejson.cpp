@@ -94,6 +94,47 @@ void adddisplay(const Display& d, const ViewState& v, QJsonObject& o)
     }
 }
 
+QJsonObject trakwrecord(const TrakwRecord& r)
+{
+    QJsonArray ranges;
+    for (const StationRange& sr : r.stnsoutfix) {
+        QJsonArray positions;
+        for (const LinePositions& p : sr.begendonlinenums)
+            positions.append(QJsonObject{{"begstnonline", p.begstnonline},
+                                         {"endstnonline", p.endstnonline},
+                                         {"onthislinenum", p.onthislinenum}});
+        ranges.append(QJsonObject{{"trakbegstr", sr.trakbegstr}, {"trakendstr", sr.trakendstr},
+                                  {"trakbegint", sr.trakbegint}, {"trakendint", sr.trakendint},
+                                  {"begendonlinenums", positions}});
+    }
+    return QJsonObject{
+        {"line", r.line},
+        {"linenum", r.linenum},
+        {"linenums", numbers(r.linenums)},
+        {"trakbegin", isolocal(r.trakbegin)},
+        {"trakend", isolocal(r.trakend)},
+        {"stnsout", strings(r.stnsout)},
+        {"gotstnsoutinfo", r.gotstnsoutinfo},
+        {"stnsoutfix", ranges},
+        {"stnsoutstr", r.stnsoutstr},
+        {"remain", r.remain},
+        {"fixdispbeg", r.fixdispbeg},
+        {"fixdispend", r.fixdispend},
+        {"trakbegtwenfrhr", r.trakbegtwenfrhr},
+        {"until relativedatestr", r.untilrelativedatestr},
+        {"origline", r.origline},
+        {"originfostr", r.originfostr},
+    };
+}
+
+QJsonArray trakwrecords(const std::vector<TrakwRecord>& list)
+{
+    QJsonArray a;
+    for (const TrakwRecord& r : list)
+        a.append(trakwrecord(r));
+    return a;
+}
+
 } // namespace
 
 QJsonObject statejson(const AppModel& app)
@@ -163,6 +204,28 @@ QJsonObject statejson(const AppModel& app)
     o["myzoominremaintimes"] = strings(j.myzoominremaintimes);
     adduserstate(app.userstate(), app.view(), o);
     adddisplay(app.display(), app.view(), o);
+
+    const Disruptions& d = app.disruptions();
+    o["trakw"] = trakwrecords(d.trakw);
+    o["relevanttrakinfo"] = trakwrecords(d.relevanttrakinfo);
+    QJsonArray groups;
+    for (const TrakPeriodGroup& g : d.relevanttrakinfobydatefix)
+        groups.append(QJsonObject{{"reltrakinfonums", numbers(g.reltrakinfonums)}});
+    o["relevanttrakinfobydatefix"] = groups;
+    QJsonArray affected;
+    for (const auto& leg : d.servsaffectedbytrakwmultid) {
+        QJsonArray l;
+        for (const auto& serv : leg)
+            l.append(numbers(serv));
+        affected.append(l);
+    }
+    o["servsaffectedbytrakwmultid"] = affected;
+    QJsonArray interruptions;
+    for (const InterruptionRecord& r : d.serviceinterrups)
+        interruptions.append(QJsonObject{{"stnnumorig", r.stnnumorig}, {"interupstr", r.interupstr},
+                                         {"lineaffected", numbers(r.lineaffected)}});
+    o["serviceinterrups"] = interruptions;
+    o["mytrakicon"] = d.mytrakicon;
     return o;
 }
 

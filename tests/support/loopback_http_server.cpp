@@ -139,6 +139,12 @@ private:
         const bool closing = !resp.declareLength;
         head += closing ? "Connection: close\r\n\r\n" : "\r\n";
         s->write(head);
+        if (resp.cutAfter >= 0) {
+            s->write(resp.body.left(resp.cutAfter));
+            s->disconnectFromHost();
+            done();
+            return;
+        }
         if (resp.hugeBytes <= 0) {
             s->write(resp.body);
             if (closing)

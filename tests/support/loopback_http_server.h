@@ -26,6 +26,7 @@ public:
         int delayMs = 0;             // wait this long before answering
         qint64 hugeBytes = 0;        // > 0: the body is this many 'x', streamed
         bool declareLength = true;   // false: no Content-Length, the body ends at close
+        qint64 cutAfter = -1;        // >= 0: close after this many bytes of the body (truncated)
     };
 
     struct Request {
