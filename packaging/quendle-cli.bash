@@ -1,7 +1,7 @@
 # bash completion for quendle-cli: commands (read from the program's own usage text, so
 # new commands complete without changes here), options, station names in --journey
 # (after each "|") and in "journey set", files after "table check", pictures after
-# "render", and feeds and options after "import-gtfs".
+# "render", feeds and options after "import-gtfs", and --fetch after "trackwork".
 
 _quendle_cli_commands()
 {
@@ -89,6 +89,10 @@ _quendle_cli()
             compopt -o filenames 2>/dev/null
             COMPREPLY=($(compgen -f -- "$cur"))
         fi
+        return 0
+    fi
+    if [[ $cmd == trackwork ]]; then
+        ((COMP_CWORD == i + 1)) && COMPREPLY=($(compgen -W --fetch -- "$cur"))
         return 0
     fi
     [[ -n $cmd ]] && return 0

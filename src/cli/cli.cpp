@@ -2,6 +2,7 @@
 
 #include "app/appmodel.h"
 #include "app/statejson.h"
+#include "cli/trackworkcmd.h"
 #include "paint/strippainter.h"
 #include "cli/cliplatform.h"
 #include "platform/system/nullservices.h"
@@ -28,6 +29,9 @@ const char* const kUsage =
     "  dump               the application state as one JSON object\n"
     "  stations           every known station, one a line\n"
     "  lines              every line: number, name, colour and stops\n"
+    "  trackwork          the trackwork notices kept, and the journey's services they touch\n"
+    "  trackwork --fetch  first download the operator's trackwork and interruption pages\n"
+    "                     (exit status 1 when a page could not be fetched)\n"
     "  table check FILE   whether FILE is a usable table, and what it holds\n"
     "  render FILE.png [--zoomed-out] [--width N]\n"
     "                     paint the strip as it looks now into a PNG (N: the picture's\n"
@@ -62,15 +66,6 @@ int levenshtein(const QString& a, const QString& b)
     return prev[b.size()];
 }
 
-QString dayandtime(Date d, Date now)
-{
-    const CivilTime a = civilfromdate(d), b = civilfromdate(now);
-    const QString time = datetoshrtstr(d);
-    if (a.year == b.year && a.month == b.month && a.day == b.day)
-        return time;
-    return weekdayabbrev(datetodayofweek(d)) + " " + time;
-}
-
 int cmdnext(AppModel& app, QTextStream& out)
 {
     const Journey& j = app.journey();
@@ -98,6 +93,8 @@ int cmdnext(AppModel& app, QTextStream& out)
             out << "      change at " << from << ", wait" << j.myzoominremaintimes.value(leg) << "\n";
         out << "  " << from << " " << dayandtime(s.deptime, now) << "  →  " << to << " "
             << dayandtime(s.desttime, now) << "   " << tt.linesmute[s.linenum].dispname << "\n";
+        if (const QString mark = trackworkmark(app, leg, i); !mark.isEmpty())
+            out << "      " << mark << "\n";
         if (leg == 0)
             out << "      leaves in" << j.myzoominremaintimes.value(0) << "\n";
         if (shown == 0)
@@ -376,6 +373,15 @@ int cmdimportgtfs(const QStringList& args, Platform& platform, QTextStream& out,
 
 } // namespace
 
+QString dayandtime(Date d, Date now)
+{
+    const CivilTime a = civilfromdate(d), b = civilfromdate(now);
+    const QString time = datetoshrtstr(d);
+    if (a.year == b.year && a.month == b.month && a.day == b.day)
+        return time;
+    return weekdayabbrev(datetodayofweek(d)) + " " + time;
+}
+
 CliGlobals parseglobals(const QStringList& args)
 {
     CliGlobals g;
@@ -453,8 +459,8 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
     }
     if (cmd == QLatin1String("import-gtfs"))
         return cmdimportgtfs(g.rest.mid(1), platform, out, err);
-    static const QStringList known = {"next",   "dump",    "stations",  "lines",
-                                      "render", "journey", "bookmarks", "favourites"};
+    static const QStringList known = {"next",    "dump",      "stations",   "lines",    "render",
+                                      "journey", "bookmarks", "favourites", "trackwork"};
     if (cmd.isEmpty() || !known.contains(cmd)) {
         if (!cmd.isEmpty())
             err << "quendle-cli: unknown command \"" << cmd << "\"\n\n";
@@ -478,6 +484,11 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
             err << "quendle-cli: " << render.error << "\n\n" << kUsage;
             return 2;
         }
+    }
+    const bool fetch = cmd == QLatin1String("trackwork") && g.rest.value(1) == QLatin1String("--fetch");
+    if (cmd == QLatin1String("trackwork") && g.rest.size() > (fetch ? 2 : 1)) {
+        err << "quendle-cli: usage: quendle-cli trackwork [--fetch]\n";
+        return 2;
     }
 
     // Nothing the user owns is written, except by journey set once the journey is complete.
@@ -512,8 +523,14 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
         return cmdbookmarks(app, out);
     if (cmd == QLatin1String("favourites"))
         return cmdfavourites(app, out);
+    int fetchstatus = 0;
+    if (fetch)
+        fetchstatus = fetchoperatorpages(app, out) ? 0 : 1;
     app.calctripoptimizelater();
+    app.refreshdisplay();
 
+    if (cmd == QLatin1String("trackwork"))
+        return std::max(cmdtrackwork(app, out), fetchstatus);
     if (cmd == QLatin1String("next"))
         return cmdnext(app, out);
     if (cmd == QLatin1String("lines"))

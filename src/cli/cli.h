@@ -2,6 +2,7 @@
 // quendle-cli: the terminal front end over the same start-up and recalculation.
 
 #include "platform/platform.h"
+#include "util/date.h"
 
 #include <QStringList>
 #include <QTextStream>
@@ -23,6 +24,9 @@ struct CliGlobals {
     QString error;        // a usage error, "" when none
 };
 CliGlobals parseglobals(const QStringList& args);
+
+// A moment as the terminal shows it: the time, with the weekday when it is not today.
+QString dayandtime(Date d, Date now);
 
 // The known station names nearest in spelling to `name`, best first.
 QStringList closeststations(const QString& name, const QStringList& known, int count = 3);
