@@ -87,6 +87,9 @@ TEST(Disruptions, StartUpReadsTheCachedPageAndMarksTheJourneysServices)
     c.app->refreshdisplay();
     EXPECT_EQ(d.mytrakicon, 2);
     EXPECT_EQ(d.gettrakwforviewindex(), "\n " + kT4Name + "Until 4:00AM");
+    // The strip reads the same answers: the leg's icon and the tile's second line.
+    EXPECT_EQ(c.app->display().getimgforthisleg(0), "trakwjuly");
+    EXPECT_EQ(c.app->display().getsubstrthisleg(1), "Trackwork until 4:00AM  between Bondi Junction and Central.");
 
     // A later page that yields too little keeps the notices already reduced.
     const QByteArray kept = bytesof(d.getcompdtrakpath());
