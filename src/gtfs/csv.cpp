@@ -7,7 +7,7 @@ namespace quendle::gtfs {
 
 namespace {
 
-constexpr size_t kChunk = 1 << 20;
+constexpr size_t kChunk = 1 << 16;
 
 bool blank(char c) { return c == ' ' || c == '\t'; }
 

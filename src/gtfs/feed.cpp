@@ -414,7 +414,9 @@ Feed loadfeed(FeedSource& source, const FeedFilter& filter, std::optional<QDate>
                 r.fail(carr, QStringLiteral("\"%1\" is not a time (H:MM:SS)").arg(qs(r.field(carr))));
             rec.time = dep >= 0 ? dep : arr;
             double dist = 0;
-            rec.dist = parsedouble(r.field(cdist), &dist) ? static_cast<float>(dist) : std::numeric_limits<float>::quiet_NaN();
+            rec.dist = parsedouble(r.field(cdist), &dist) && std::abs(dist) < 1e30
+                ? static_cast<float>(dist)
+                : std::numeric_limits<float>::quiet_NaN();
             rec.passes = r.field(cpick) == "1" && r.field(cdrop) == "1";
             if (recs.size() >= kMaxStopTimes)
                 r.fail(-1, QStringLiteral("more than %1 stop times are kept; choose fewer routes").arg(kMaxStopTimes));
@@ -465,8 +467,9 @@ Feed loadfeed(FeedSource& source, const FeedFilter& filter, std::optional<QDate>
                 byDistance = !std::isnan(d) && d >= ra->dist && d <= rz->dist;
             }
             for (size_t k = a + 1; k < z; ++k) {
-                const double frac = byDistance ? (recs[first + k].dist - ra->dist) / double(rz->dist - ra->dist)
-                                               : double(k - a) / double(z - a);
+                const double frac = byDistance
+                    ? (double(recs[first + k].dist) - ra->dist) / (double(rz->dist) - ra->dist)
+                    : double(k - a) / double(z - a);
                 times[k] = times[a] + static_cast<int>(std::floor((times[z] - times[a]) * frac));
             }
             i = z;
@@ -525,10 +528,10 @@ Feed loadfeed(FeedSource& source, const FeedFilter& filter, std::optional<QDate>
             Trip& trip = feed.trips[t->second];
             trip.frequencyBased = true;
             // The last departure is the last one before end_time.
-            for (int s = start; s < end; s += headway) {
+            for (qint64 s = start; s < end; s += headway) {
                 if (++departures > kMaxFrequencyDepartures)
                     r.fail(chead, QStringLiteral("the frequencies come to more than %1 departures").arg(kMaxFrequencyDepartures));
-                trip.starts.push_back(s);
+                trip.starts.push_back(static_cast<int>(s));
             }
         }
         for (Trip& t : feed.trips)

@@ -103,6 +103,12 @@ private:
 
 } // namespace
 
+std::unique_ptr<ByteSource> MemoryFeed::file(const QString& name)
+{
+    const auto it = files.find(name);
+    return it == files.end() ? nullptr : std::make_unique<MemorySource>(it->second);
+}
+
 std::unique_ptr<FeedSource> FeedSource::open(const QString& path)
 {
     const QFileInfo fi(path);

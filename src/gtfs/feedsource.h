@@ -6,7 +6,9 @@
 
 #include <QString>
 
+#include <map>
 #include <memory>
+#include <string>
 
 namespace quendle::gtfs {
 
@@ -17,6 +19,13 @@ public:
     static std::unique_ptr<FeedSource> open(const QString& path);
     // The file's bytes, or nullptr when the feed has no such file.
     virtual std::unique_ptr<ByteSource> file(const QString& name) = 0;
+};
+
+// A feed held in memory, file name to bytes (tests and fuzzing).
+class MemoryFeed : public FeedSource {
+public:
+    std::map<QString, std::string> files;
+    std::unique_ptr<ByteSource> file(const QString& name) override;
 };
 
 } // namespace quendle::gtfs

@@ -74,6 +74,9 @@ ImportResult importgtfs(const ImportRequest& request, const QString& tablesFolde
     r.warnings = feed.warnings;
 
     const BuiltTable table = buildtable(feed, r.name, tabledatetext(now));
+    if (table.lines < 2)
+        r.warnings << QStringLiteral("the table has a single line: Quendle loads it from the tables folder, but "
+                                     "`table check` and table downloads take a table only with two lines or more");
     r.lines = table.lines;
     r.stations = table.stations;
     r.services = table.services;
