@@ -13,33 +13,6 @@ namespace {
 // Tuesday 24 November 2026, Sydney.
 Date at(int h, int m, int s = 0) { return datefromcivil({2026, 11, 24, h, m, s}); }
 
-// Trackwork answers set by the test: statuses per (leg, service) and the relevant records.
-class ScriptedTrackwork : public TrackworkView {
-public:
-    std::vector<int> gettrakstatusfrthisservray(int leg, int serv) const override
-    {
-        const auto it = status.find({leg, serv});
-        return it == status.end() ? std::vector<int>{} : it->second;
-    }
-    int gettrakstatusfrthisservwthupcom(int leg, int serv) const override
-    {
-        const std::vector<int> s = gettrakstatusfrthisservray(leg, serv);
-        for (int v : s)
-            if (v >= 0)
-                return 1;
-        return s.empty() ? 0 : -1;
-    }
-    int trakstatusforthisservint(int c) const override { return c == inforce ? 1 : 0; }
-    int relevantcount() const override { return static_cast<int>(records.size()); }
-    TrakRecord relevanttrakinfo(int i) const override { return records.at(i); }
-    int trakwcount() const override { return static_cast<int>(records.size()); }
-    TrakRecord trakw(int i) const override { return records.at(i); }
-
-    std::map<std::pair<int, int>, std::vector<int>> status;
-    std::vector<TrakRecord> records;
-    int inforce = -1;
-};
-
 class DisplayTest : public testsupport::StripFixture {
 protected:
     AppModel& start(const QStringList& journey, Date now = at(8, 5, 40)) { return StripFixture::start(journey, now); }
@@ -128,7 +101,7 @@ TEST_F(DisplayTest, OneLegJourneyHasNoSummaryLineAndEmptyStateHasPlaceholders)
 TEST_F(DisplayTest, TrackworkSecondLines)
 {
     start({"Bondi Junction", "Central", "Strathfield"});
-    ScriptedTrackwork trak;
+    testsupport::ScriptedTrackwork trak;
     TrakRecord closed;
     closed.trakbegin = at(7, 0);
     closed.trakend = at(23, 0);

@@ -175,6 +175,48 @@ TEST_F(PaintTest, ZoomedOutWithTheMapAndTheAlarmPanel)
     EXPECT_TRUE(near(img.pixel(110, 270), StripPainter::tocolor(app->display().getcolforthistile(app->journey().getthisviewindex(0))), 40));
 }
 
+// Trackwork on the first leg: its tile carries the trackwork line and icon, and the
+// closed section of trackwork that has begun is marked on the map.
+TEST_F(PaintTest, TrackworkOnTheTileAndClosedSectionsOnTheMap)
+{
+    start({"Bondi Junction", "Central", "Strathfield"});
+    const QImage plain = render();
+    testsupport::ScriptedTrackwork trak;
+    TrakRecord r;
+    r.trakbegin = at(4, 0);
+    r.trakend = at(23, 0);
+    r.gotstnsoutinfo = 1;
+    r.stnsoutfix = {{"Central", "Redfern"}, {"Redfern", "Strathfield"}};
+    trak.records = {r};
+    trak.status[{0, app->journey().myindexes[0]}] = {0};
+    d().settrackwork(&trak);
+    const QImage marked = render();
+    // The second line and the icon change; the columns above stay.
+    auto differ = [&](const QImage& a, const QImage& b, QRect area) {
+        int n = 0;
+        for (int y = area.top(); y <= area.bottom(); ++y)
+            for (int x = area.left(); x <= area.right(); ++x)
+                n += a.pixel(x, y) != b.pixel(x, y) ? 1 : 0;
+        return n;
+    };
+    EXPECT_GT(differ(plain, marked, QRect(70, 56, 400, 12)), 50);
+    EXPECT_GT(differ(plain, marked, QRect(8, 20, 36, 30)), 50);
+    EXPECT_EQ(differ(plain, marked, QRect(70, 28, 400, 20)), 0);
+
+    app->view().zoomed = 0;
+    d().adjustclippingbasedonjourneylength();
+    auto red = [&](const QImage& img) {
+        int n = 0;
+        for (int y = 5; y < 280; ++y)
+            for (int x = 605; x < 875; ++x)
+                n += near(img.pixel(x, y), QColor(226, 48, 32), 30) ? 1 : 0;
+        return n;
+    };
+    EXPECT_GT(red(render()), 20);
+    trak.records[0].trakbegin = at(20, 0);   // not begun yet: nothing closed
+    EXPECT_EQ(red(render()), 0);
+}
+
 TEST_F(PaintTest, RendersLookAsBefore)
 {
     start({"Bondi Junction", "Edgecliff"});

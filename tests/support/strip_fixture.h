@@ -11,9 +11,38 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
+#include <vector>
 
 namespace quendle::testsupport {
+
+// Trackwork answers set by the test: statuses per (leg, service) and the relevant records.
+class ScriptedTrackwork : public TrackworkView {
+public:
+    std::vector<int> gettrakstatusfrthisservray(int leg, int serv) const override
+    {
+        const auto it = status.find({leg, serv});
+        return it == status.end() ? std::vector<int>{} : it->second;
+    }
+    int gettrakstatusfrthisservwthupcom(int leg, int serv) const override
+    {
+        const std::vector<int> s = gettrakstatusfrthisservray(leg, serv);
+        for (int v : s)
+            if (v >= 0)
+                return 1;
+        return s.empty() ? 0 : -1;
+    }
+    int trakstatusforthisservint(int c) const override { return c == inforce ? 1 : 0; }
+    int relevantcount() const override { return static_cast<int>(records.size()); }
+    TrakRecord relevanttrakinfo(int i) const override { return records.at(i); }
+    int trakwcount() const override { return static_cast<int>(records.size()); }
+    TrakRecord trakw(int i) const override { return records.at(i); }
+
+    std::map<std::pair<int, int>, std::vector<int>> status;
+    std::vector<TrakRecord> records;
+    int inforce = -1;
+};
 
 class StripFixture : public ::testing::Test {
 protected:
