@@ -11,6 +11,7 @@
 #include <QStringView>
 
 #include <algorithm>
+#include <climits>
 
 namespace quendle {
 
@@ -205,7 +206,11 @@ void UserState::readprefsold()
         lumalert(QStringLiteral("writinnewpref"));
         writeprefs();
     }
-    const QString text = preffiletext(path);
+    readprefstext(preffiletext(path));
+}
+
+void UserState::readprefstext(const QString& text)
+{
     const QStringList lines = text.split('\n');
     mybookmarks.clear();
 

@@ -48,6 +48,8 @@ public:
     void writeprefs();
     void readprefs();
     void readprefsold();
+    // What readprefsold makes of the file's text (the reader without the file).
+    void readprefstext(const QString& text);
     QString getdateimlookinat() const { return journey_.getdateimlookinat(); }
     // The texts stored under "journstrpref", "myfavsspref" and "bookmarkspref".
     QString journeytext() const;
