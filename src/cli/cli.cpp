@@ -127,6 +127,8 @@ int cmdtablecheck(const QString& path, QTextStream& out)
     if (!t.valid)
         out << "why: " << t.why << "\n";
     out << "DATE: \"" << t.datetext << "\" reads as " << lumdatetostrdisplaiable(t.date) << "\n";
+    for (const QString& w : t.warnings)
+        out << "warning: " << w << "\n";
     out << "lines: " << t.lines.size() << ", stations: " << t.stations << "\n";
     for (const auto& line : t.lines) {
         out << "  " << line.name << "  " << line.colour << "  " << line.stops << " stops;";

@@ -99,8 +99,9 @@ float Journey::calcdist(int a, int b) const
     const int n = static_cast<int>(tt_.stnsmute.size());
     if (a < 0 || b < 0 || a >= n || b >= n)
         return 11111111.0f;
-    const float ha = floatvalue(tt_.stnsmute[a].hloc), hb = floatvalue(tt_.stnsmute[b].hloc);
-    const float va = floatvalue(tt_.stnsmute[a].vloc), vb = floatvalue(tt_.stnsmute[b].vloc);
+    // A broken coordinate reads as unknown, so its station sorts far away, not first.
+    const float ha = coordvalue(tt_.stnsmute[a].hloc), hb = coordvalue(tt_.stnsmute[b].hloc);
+    const float va = coordvalue(tt_.stnsmute[a].vloc), vb = coordvalue(tt_.stnsmute[b].vloc);
     const float dh = (ha - hb) * 92.0f;
     const float dv = (va - vb) * 111.0f;
     const float sum = dh * dh + dv * dv;

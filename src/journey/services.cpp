@@ -8,6 +8,7 @@
 #include "util/files.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace quendle {
 
@@ -45,9 +46,10 @@ std::vector<Service> Journey::getallservsnewer(int leg)
                     continue;
                 // Operators print small hours as 0005 after 2355 on some lines: a fall of more
                 // than two hours means the rest of the day's services run after midnight.
-                if (d0 < 2400 && lastDep < 2400 && d0 - lastDep < -200)
+                // In 64 bits: no time the reader lets through can overflow the difference.
+                if (d0 < 2400 && lastDep < 2400 && int64_t(d0) - lastDep < -200)
                     depCrossed = true;
-                if (a0 < 2400 && lastArr < 2400 && a0 - lastArr < -200)
+                if (a0 < 2400 && lastArr < 2400 && int64_t(a0) - lastArr < -200)
                     arrCrossed = true;
                 Service sv;
                 sv.linenum = m.linenum;
@@ -66,7 +68,7 @@ std::vector<Service> Journey::getallservsnewer(int leg)
                     sv.rawstops.push_back(t);
                     if (t == -1)
                         continue;
-                    if (previous < 2400 && t - previous < -500)
+                    if (previous < 2400 && int64_t(t) - previous < -500)
                         stopCrossed = true;
                     sv.stoptimes.push_back(stopCrossed ? tomorrow.at(t) : today.at(t));
                     previous = t;

@@ -129,8 +129,11 @@ static Row rowfromline(const QString& line)
     const QString first = line.section('}', 0, 0);
     Row row;
     row.reserve(32);
-    for (const QString& piece : first.split(','))
-        row.push_back(intvalue(piece));
+    for (const QString& piece : first.split(',')) {
+        const int t = intvalue(piece);
+        // A time no clock shows (negative, or past 99 hours) reads as "does not stop here".
+        row.push_back(t < -1 || t > kMaxTableTime ? -1 : t);
+    }
     return row;
 }
 
@@ -437,16 +440,27 @@ void TableCache::clear() { files_.clear(); }
 
 namespace quendle {
 
-TableSummary describetable(const QString& path)
+QString tabledateproblem(const QString& text)
+{
+    const QStringList pieces = text.split(' ');
+    if (pieces.size() < 5)
+        return QStringLiteral("it has fewer than five words, so it reads as the sentinel of 1800");
+    auto number = [](const QString& t) {
+        return !t.isEmpty() && std::all_of(t.begin(), t.end(), [](QChar c) { return c >= '0' && c <= '9'; });
+    };
+    if (!number(pieces[0]))
+        return QStringLiteral("the day \"%1\" is not a number").arg(pieces[0]);
+    if (monthnametonum(pieces[1]) == 12 && pieces[1] != QLatin1String("December"))
+        return QStringLiteral("\"%1\" is not a full month name, so it reads as December").arg(pieces[1]);
+    if (!number(pieces[2]))
+        return QStringLiteral("the year \"%1\" is not a number").arg(pieces[2]);
+    return QString();
+}
+
+TableSummary describetabletext(const QString& text)
 {
     TableSummary out;
-    if (!lumexist(path)) {
-        out.why = QStringLiteral("the file does not exist or cannot be read");
-        out.datetext = QStringLiteral("??");
-        out.date = tabledatetodate(out.datetext);
-        return out;
-    }
-    const QStringList lines = splittablelines(readfile(path));
+    const QStringList lines = splittablelines(text);
     int timetables = 0, lineNames = 0;
     QSet<QString> names;
     TableSummary::Line* current = nullptr;
@@ -480,7 +494,7 @@ TableSummary describetable(const QString& path)
         }
     }
     out.stations = names.size();
-    out.datetext = getdatefromtablefile(path);
+    out.datetext = datefromtablelines(lines);
     out.date = tabledatetodate(out.datetext);
     QStringList why;
     if (timetables <= 1)
@@ -489,9 +503,31 @@ TableSummary describetable(const QString& path)
         why << QStringLiteral("it has %1 lines (at least 6 are needed)").arg(lines.size());
     if (lineNames < 2)
         why << QStringLiteral("it has %1 line headers (at least 2 are needed)").arg(lineNames);
-    out.valid = isthisavalidtable(path);
+    out.valid = timetables > 1 && lines.size() >= 6 && lineNames >= 2;
     out.why = out.valid ? QString() : why.join(QStringLiteral("; "));
+    const QString problem = tabledateproblem(out.datetext);
+    if (!problem.isEmpty()) {
+        QString w = QStringLiteral("DATE \"%1\" does not read as a date: %2").arg(out.datetext, problem);
+        if (out.datetext.split(' ').size() < 5)
+            w += QStringLiteral("; such a table counts as older than the built-in one, which replaces it at "
+                                "the next start when it is installed as SydneyTrains.vq");
+        out.warnings << w;
+    }
     return out;
+}
+
+TableSummary describetable(const QString& path)
+{
+    QString why;
+    QByteArray bytes;
+    if (!readfilebytes(path, &bytes, &why)) {
+        TableSummary out;
+        out.why = QStringLiteral("the file %1").arg(why);
+        out.datetext = QStringLiteral("??");
+        out.date = tabledatetodate(out.datetext);
+        return out;
+    }
+    return describetabletext(decodefiletext(bytes));
 }
 
 } // namespace quendle

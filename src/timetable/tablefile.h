@@ -15,8 +15,10 @@ namespace quendle {
 
 // One service's times along a line's stops, as the reader takes them: every
 // comma-separated piece of the row through its integer value, so a row written
-// "512,519,527,}" has four entries, the last 0 (from the empty piece).
+// "512,519,527,}" has four entries, the last 0 (from the empty piece). A value outside
+// 0..kMaxTableTime other than -1 reads as -1, the service not stopping there.
 using Row = std::vector<int>;
+constexpr int kMaxTableTime = 9959;   // hhmm with at most two digits of hours
 using Rows = std::vector<Row>;
 using RowsPtr = std::shared_ptr<const Rows>;
 
@@ -117,8 +119,13 @@ struct TableSummary {
     struct Line { QString name; QString colour; int stops = 0; std::vector<DayBlock> days; };
     std::vector<Line> lines;
     int stations = 0;            // distinct stop names
+    QStringList warnings;        // usable, but not as its author meant (an unreadable DATE)
 };
 
+// Only regular files up to the read limit are looked at; anything else says why.
 TableSummary describetable(const QString& path);
+TableSummary describetabletext(const QString& text);
+// Why a header's DATE text does not read as the date it says; "" when it does.
+QString tabledateproblem(const QString& text);
 
 } // namespace quendle

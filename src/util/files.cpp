@@ -9,6 +9,13 @@
 #include <QStringDecoder>
 #include <QtGlobal>
 
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace quendle {
 
 namespace {
@@ -18,6 +25,9 @@ bool copyitem(const QString& from, const QString& to)
 {
     const QFileInfo src(from);
     if (!src.isDir()) {
+        // Copying a FIFO or a device would block or never end.
+        if (!from.startsWith(':') && !src.isFile())
+            return false;
         if (!QFile::copy(from, to))
             return false;
         // Copies of resources come out read-only, and a read-only file cannot be saved over.
@@ -52,12 +62,95 @@ bool within(const QString& path, const QString& folder)
 
 } // namespace
 
-QString readfile(const QString& path)
+namespace {
+
+QString kindof(mode_t mode)
 {
-    QFile f(path);
-    if (QFileInfo(path).isDir() || !f.open(QIODevice::ReadOnly))
+    if (S_ISDIR(mode))
+        return QStringLiteral("is a folder");
+    if (S_ISFIFO(mode))
+        return QStringLiteral("is a FIFO (named pipe)");
+    if (S_ISSOCK(mode))
+        return QStringLiteral("is a socket");
+    if (S_ISCHR(mode) || S_ISBLK(mode))
+        return QStringLiteral("is a device");
+    return QStringLiteral("is not a regular file");
+}
+
+QString toolarge(qint64 limit)
+{
+    if (limit >= 1024 * 1024)
+        return QStringLiteral("is larger than %1 MB").arg(limit / (1024 * 1024));
+    return QStringLiteral("is larger than %1 bytes").arg(limit);
+}
+
+bool fail(QString* why, const QString& reason)
+{
+    if (why)
+        *why = reason;
+    return false;
+}
+
+} // namespace
+
+bool readfilebytes(const QString& path, QByteArray* out, QString* why, qint64 limit)
+{
+    out->clear();
+    if (path.isEmpty())
+        return fail(why, QStringLiteral("has no name"));
+    if (path.startsWith(QLatin1Char(':'))) {   // a compiled-in resource
+        QFile f(path);
+        if (!f.open(QIODevice::ReadOnly))
+            return fail(why, QStringLiteral("does not exist"));
+        if (f.size() > limit)
+            return fail(why, toolarge(limit));
+        *out = f.readAll();
+        return true;
+    }
+    // Opened without waiting (a FIFO with no writer would block an ordinary open), then
+    // judged by what was opened, so the file cannot be swapped between a look and a read.
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (fd < 0)
+        return fail(why, errno == ENOENT ? QStringLiteral("does not exist")
+                                         : QStringLiteral("cannot be read (%1)").arg(QString::fromLocal8Bit(strerror(errno))));
+    struct Closer {
+        int fd;
+        ~Closer() { ::close(fd); }
+    } closer{fd};
+    struct stat st;
+    if (::fstat(fd, &st) != 0)
+        return fail(why, QStringLiteral("cannot be read (%1)").arg(QString::fromLocal8Bit(strerror(errno))));
+    if (!S_ISREG(st.st_mode))
+        return fail(why, kindof(st.st_mode));
+    if (st.st_size > limit)
+        return fail(why, toolarge(limit));
+    // The size can be wrong (files in /proc say 0) or grow while read: never past the limit.
+    QByteArray bytes;
+    bytes.reserve(static_cast<qsizetype>(st.st_size));
+    char buf[65536];
+    for (;;) {
+        const ssize_t n = ::read(fd, buf, sizeof buf);
+        if (n < 0) {
+            if (errno == EINTR)
+                continue;
+            return fail(why, QStringLiteral("cannot be read (%1)").arg(QString::fromLocal8Bit(strerror(errno))));
+        }
+        if (n == 0)
+            break;
+        if (bytes.size() + n > limit)
+            return fail(why, toolarge(limit));
+        bytes.append(buf, n);
+    }
+    *out = std::move(bytes);
+    return true;
+}
+
+QString readfile(const QString& path, QString* why)
+{
+    QByteArray bytes;
+    if (!readfilebytes(path, &bytes, why))
         return QString();
-    return decodefiletext(f.readAll());
+    return decodefiletext(bytes);
 }
 
 QString decodefiletext(const QByteArray& bytes)

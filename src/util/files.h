@@ -6,7 +6,15 @@
 
 namespace quendle {
 
-QString readfile(const QString& path);   // whole text (UTF-8, else local 8-bit); "" when unreadable
+// Every file the application reads is a regular file of at most this size. Anything else
+// (a device such as /dev/zero, a FIFO, a socket, a folder, a huge file) reads as nothing,
+// without blocking and without reading past the limit.
+constexpr qint64 kMaxReadBytes = 100LL * 1024 * 1024;
+// The whole file; false, with the reason in *why ("is a FIFO", "is larger than 100 MB",
+// "does not exist", ...), when it is not such a file or cannot be read.
+bool readfilebytes(const QString& path, QByteArray* out, QString* why = nullptr, qint64 limit = kMaxReadBytes);
+// Whole text (UTF-8, else local 8-bit); "" when unreadable, the reason in *why.
+QString readfile(const QString& path, QString* why = nullptr);
 // A file's bytes as text, the way readfile reads them: UTF-8, else the local 8-bit encoding.
 QString decodefiletext(const QByteArray& bytes);
 // Writes text as UTF-8 to folder + name (plain concatenation), replacing any file there.

@@ -332,4 +332,10 @@ float floatvalue(const QString& text)
     return float(v);
 }
 
+float coordvalue(const QString& text)
+{
+    const float v = floatvalue(text);
+    return std::isfinite(v) && std::abs(v) <= 360.0f ? v : 0.0f;
+}
+
 } // namespace quendle

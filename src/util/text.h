@@ -37,5 +37,8 @@ bool matchatleasthalfofwords(const QString& a, const QString& b);
 int intvalue(const QString& text);
 // Leading decimal number (for coordinates); 0 when none.
 float floatvalue(const QString& text);
+// A map coordinate in degrees: floatvalue, but a value no longitude or latitude can take
+// (beyond 360, or not finite) reads as 0, as an unknown "?" does.
+float coordvalue(const QString& text);
 
 } // namespace quendle

@@ -15,6 +15,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 using namespace quendle;
 
 namespace {
@@ -147,6 +149,38 @@ TEST_F(CliTest, StationsLinesAndTableCheck)
     // The sentinel's month "nov" matches no full month name, so it reads as December.
     EXPECT_TRUE(bad.out.contains("reads as 22 December 1800")) << bad.out.toStdString();
     EXPECT_EQ(run({"table", "check"}, at).status, 2);
+}
+
+TEST_F(CliTest, TableCheckRefusesSpecialFilesAndWarnsOfAnUnreadableDate)
+{
+    const Date at = sydney(2026, 11, 24, 8, 0);
+    const QString fifo = home.path() + "/pipe.vq";
+    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    for (const auto& [path, reason] : std::vector<std::pair<QString, QString>>{
+             {fifo, "the file is a FIFO (named pipe)"}, {"/dev/zero", "the file is a device"},
+             {home.path(), "the file is a folder"}}) {
+        const CliRun r = run({"table", "check", path}, at);
+        EXPECT_EQ(r.status, 1);
+        EXPECT_TRUE(r.out.contains("not a valid table\nwhy: " + reason)) << r.out.toStdString();
+    }
+
+    // A valid table whose DATE has too few words reads as the 1800 sentinel: say so.
+    const QString lines = fixtures::lineblock("A#x", "A|1|2,B|3|4", {fixtures::dayblock("1", {"1,2,}"})})
+        + fixtures::lineblock("A#y", "B|3|4,A|1|2", {fixtures::dayblock("1", {"1,2,}"})});
+    writefile(fixtures::table("9 March 2014", {lines}), home.path() + "/", "short.vq");
+    CliRun r = run({"table", "check", home.path() + "/short.vq"}, at);
+    EXPECT_EQ(r.status, 0);
+    EXPECT_TRUE(r.out.contains("warning: DATE \"9 March 2014\" does not read as a date: it has fewer than five "
+                               "words, so it reads as the sentinel of 1800; such a table counts as older than the "
+                               "built-in one"))
+        << r.out.toStdString();
+    writefile(fixtures::table("3 mar 2014 10:15:00 AM", {lines}), home.path() + "/", "abbrev.vq");
+    r = run({"table", "check", home.path() + "/abbrev.vq"}, at);
+    EXPECT_TRUE(r.out.contains("warning: DATE \"3 mar 2014 10:15:00 AM\" does not read as a date: \"mar\" is not a "
+                               "full month name, so it reads as December"))
+        << r.out.toStdString();
+    writefile(fixtures::table("3 March 2014 10:15:00 AM", {lines}), home.path() + "/", "good.vq");
+    EXPECT_FALSE(run({"table", "check", home.path() + "/good.vq"}, at).out.contains("warning"));
 }
 
 namespace {

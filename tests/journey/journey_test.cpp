@@ -256,3 +256,34 @@ TEST_F(JourneyTest, ExtendingTheJourneyStopsAtSevenStations)
     EXPECT_EQ(j().myjournstr.size(), 7);
     EXPECT_FALSE(j().caniextendtrip());
 }
+
+TEST_F(JourneyTest, ExtremeTimesAndCoordinatesReadAsTheirFallbacks)
+{
+    // Times past the 32-bit range (clamped by the reader) or no clock can show read as "does
+    // not stop here"; the services around them are read as usual.
+    const QString a = stop("Aston", 151.0, -33.0), b = stop("Brook", 151.0, -33.1);
+    load({lineblock("Odd Line#Aston to Brook", a + "," + b,
+                    {dayblock(kEvery, {"800,810,}", "-2147483648,820,}", "830,99999999999,}", "840,-5,}",
+                                       "850,900,}"})}),
+          // Aston and Brook also meet a line each through two candidate change stations:
+          // Far Out lies on top of them by a broken coordinate, Near By is a real kilometre off.
+          lineblock("One Line#Aston to Far Out", a + ",Far Out|1e10|1e999," + stop("Near By", 151.0, -33.01),
+                    {dayblock(kEvery, {"700,705,710,}"})}),
+          lineblock("Two Line#Far Out to Brook", "Far Out|1e10|1e999," + stop("Near By", 151.0, -33.01) + "," + b,
+                    {dayblock(kEvery, {"720,725,730,}"})})},
+         at(6, 0));
+    journey({"Aston", "Brook"});
+    std::vector<Date> departures;
+    for (const Service& s : j().myservsmultid[0])
+        if (s.deptime < at(12, 0))
+            departures.push_back(s.deptime);
+    EXPECT_EQ(departures, (std::vector<Date>{at(8, 0), at(8, 50)}));
+
+    Journey& jj = j();
+    const auto candidates = jj.commonstnssortedbydistandcommon(
+        "Aston", "Brook", jj.getstnsincommmon(jj.getlinesforthisstnrew("Aston"), jj.getlinesforthisstnrew("Brook")));
+    ASSERT_FALSE(candidates.empty());
+    EXPECT_EQ(candidates.front().name, "Near By");
+    for (const ChangeCandidate& c : candidates)
+        EXPECT_GE(c.dist, 0);
+}

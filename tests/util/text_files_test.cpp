@@ -10,6 +10,8 @@
 #include <climits>
 #include <cmath>
 
+#include <sys/stat.h>
+
 using namespace quendle;
 
 namespace {
@@ -169,4 +171,40 @@ TEST(Files, DeleteOnlyInsideThePreferencesFolder)
 
     EXPECT_TRUE(lumdelete(tmp.path() + "/elsewhere", prefs, true));   // publisher mode
     EXPECT_FALSE(lumexist(tmp.path() + "/elsewhere"));
+}
+
+// Only regular files are read, and only up to the limit: a device, a FIFO or a folder
+// reads as nothing at once (it never blocks or reads without end) and says why.
+TEST(Files, ReadsOnlyRegularFilesUnderTheLimit)
+{
+    QTemporaryDir dir;
+    const QString fifo = dir.filePath("pipe.vq");
+    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    QByteArray bytes = "old";
+    QString why;
+    const std::vector<std::pair<QString, QString>> refused = {
+        {fifo, "is a FIFO (named pipe)"},
+        {"/dev/zero", "is a device"},
+        {dir.path(), "is a folder"},
+        {dir.filePath("missing"), "does not exist"},
+        {"", "has no name"},
+    };
+    for (const auto& [path, reason] : refused) {
+        EXPECT_FALSE(readfilebytes(path, &bytes, &why)) << qPrintable(path);
+        EXPECT_EQ(why, reason);
+        EXPECT_TRUE(bytes.isEmpty());
+        EXPECT_EQ(readfile(path), "");
+    }
+    writefile("twelve bytes", dir.path() + "/", "twelve.txt");
+    EXPECT_TRUE(readfilebytes(dir.filePath("twelve.txt"), &bytes, &why, 12));
+    EXPECT_EQ(bytes, "twelve bytes");
+    EXPECT_FALSE(readfilebytes(dir.filePath("twelve.txt"), &bytes, &why, 11));
+    EXPECT_EQ(why, "is larger than 11 bytes");
+    // Files that claim no size are read to their end, never past the limit.
+    EXPECT_TRUE(readfilebytes("/proc/self/status", &bytes, &why));
+    EXPECT_FALSE(bytes.isEmpty());
+    // A link to a regular file is that file; copying a FIFO is refused, not waited on.
+    ASSERT_TRUE(QFile::link(dir.filePath("twelve.txt"), dir.filePath("link.txt")));
+    EXPECT_EQ(readfile(dir.filePath("link.txt")), "twelve bytes");
+    EXPECT_FALSE(lumcopy(fifo, dir.filePath("copy.vq")));
 }
