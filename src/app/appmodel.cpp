@@ -5,6 +5,7 @@
 #include "util/files.h"
 #include "util/text.h"
 
+#include <QDebug>
 #include <QDir>
 #include <QFileInfo>
 
@@ -95,6 +96,8 @@ void AppModel::setupstuff()
 
     Timetable& tt = *timetable_;
     tt.setuptables();
+    for (const QString& note : tt.setupnotes)
+        tellnotice(note);
     tt.setuplinesmultitable();
     tt.setupstnsmute();
     d.setuptrakw();
@@ -108,6 +111,14 @@ void AppModel::setupstuff()
     setuptimers();
     setwindowsize();
     askrunatlogin();
+}
+
+void AppModel::tellnotice(const QString& text)
+{
+    if (platform_.notice)
+        platform_.notice(text);
+    else
+        qWarning().noquote() << QStringLiteral("quendle: ") + text;
 }
 
 void AppModel::setuptimers()

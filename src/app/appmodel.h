@@ -34,6 +34,8 @@ public:
     void awakeFromNib();
 
     void setupstuff();
+    // Says something to the user through the platform (see Platform::notice).
+    void tellnotice(const QString& text);
     void setuptimers();
 
     // Timer callbacks and the reactions owned here.

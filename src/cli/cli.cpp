@@ -77,11 +77,19 @@ int cmdnext(AppModel& app, QTextStream& out)
         out << "The journey has one station and no legs: add a second station to see services.\n";
         return 0;
     }
+    if (tt.linesmute.empty()) {
+        out << "No timetable is loaded: the tables folder holds no usable table.\n";
+        return 1;
+    }
     Date firstDeparture, lastArrival;
     int shown = 0;
     for (int leg = 0; leg + 1 < j.myjournstr.size(); ++leg) {
         const QString from = j.myjournstr[leg], to = j.myjournstr[leg + 1];
         const int i = j.getthisviewindex(leg);
+        if (leg < static_cast<int>(j.mylinematches.size()) && j.mylinematches[leg].empty()) {
+            out << "  " << from << " → " << to << ": no line connects " << from << " and " << to << "\n";
+            continue;
+        }
         if (leg >= static_cast<int>(j.myservsmultid.size()) || i < 0
             || i >= static_cast<int>(j.myservsmultid[leg].size())) {
             out << "  " << from << " → " << to << ": no services in the next "
@@ -208,7 +216,14 @@ int cmdrender(AppModel& app, const RenderArgs& r, QTextStream& out, QTextStream&
     return 0;
 }
 
-// Station names from "A|B|C"; false (and a message) when one is unknown.
+// A name as a message shows it: a hostile one can be long.
+QString clipped(const QString& name)
+{
+    return name.size() > 60 ? name.left(60) + QStringLiteral("…") : name;
+}
+
+// Station names from "A|B|C"; false (and a message) when one is unknown or when a station
+// follows itself (a leg needs two stations).
 bool knownstations(const AppModel& app, const QString& text, QStringList* names, QTextStream& err)
 {
     names->clear();
@@ -218,10 +233,18 @@ bool knownstations(const AppModel& app, const QString& text, QStringList* names,
     QStringList all;
     for (const StationRecord& s : app.timetable().stnsmute)
         all << s.name;
-    for (const QString& n : *names) {
+    for (int i = 0; i < names->size(); ++i) {
+        const QString& n = names->at(i);
         if (app.timetable().stnnametonum(n) < 0) {
-            err << "quendle-cli: unknown station \"" << n << "\". Closest known stations: "
-                << closeststations(n, all).join(QStringLiteral(", ")) << "\n";
+            QStringList closest = closeststations(n, all);
+            for (QString& c : closest)
+                c = clipped(c);
+            err << "quendle-cli: unknown station \"" << clipped(n) << "\". Closest known stations: "
+                << closest.join(QStringLiteral(", ")) << "\n";
+            return false;
+        }
+        if (i > 0 && n == names->at(i - 1)) {
+            err << "quendle-cli: \"" << n << "\" follows itself; each leg runs between two different stations\n";
             return false;
         }
     }
@@ -419,13 +442,17 @@ CliGlobals parseglobals(const QStringList& args)
 
 QStringList closeststations(const QString& name, const QStringList& known, int count)
 {
+    // Spelling is compared on the first 64 characters: a real name is shorter, and the
+    // comparison costs the product of the two lengths.
+    constexpr int kCompared = 64;
     std::vector<std::pair<int, QString>> scored;
-    const QString lower = name.toLower();
-    for (const QString& k : known) {
-        int score = levenshtein(lower, k.toLower());
-        if (k.toLower().startsWith(lower) || (lower.size() > 2 && k.toLower().contains(lower)))
+    const QString lower = name.left(kCompared).toLower();
+    for (const QString& full : known) {
+        const QString k = full.left(kCompared).toLower();
+        int score = levenshtein(lower, k);
+        if (k.startsWith(lower) || (lower.size() > 2 && k.contains(lower)))
             score = std::min(score, 1);
-        scored.emplace_back(score, k);
+        scored.emplace_back(score, full);
     }
     std::stable_sort(scored.begin(), scored.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
@@ -438,6 +465,14 @@ QStringList closeststations(const QString& name, const QStringList& known, int c
 
 int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextStream& err)
 {
+    // What start-up finds wrong (a broken tables folder) goes to the error stream.
+    struct Notices {
+        Platform& p;
+        std::function<void(const QString&)> before;
+        ~Notices() { p.notice = before; }
+    } notices{platform, platform.notice};
+    if (!platform.notice)
+        platform.notice = [&err](const QString& text) { err << "quendle-cli: " << text << "\n"; };
     const CliGlobals g = parseglobals(args);
     if (!g.error.isEmpty()) {
         err << "quendle-cli: " << g.error << "\n\n" << kUsage;
@@ -512,6 +547,12 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
             return 2;
         if (names.isEmpty()) {
             err << "quendle-cli: --journey needs at least one station, e.g. \"Central|Strathfield\"\n";
+            return 2;
+        }
+        // The limit of a journey built by hand.
+        if (names.size() > app.journey().maxlegs) {
+            err << "quendle-cli: a journey holds at most " << app.journey().maxlegs << " stations, not "
+                << names.size() << "\n";
             return 2;
         }
         app.journey().myjournstr = names;

@@ -14,6 +14,8 @@
 
 #include <QString>
 
+#include <functional>
+
 namespace quendle {
 
 struct Platform {
@@ -31,6 +33,9 @@ struct Platform {
     QString homeDir;            // the user's home folder, no trailing slash
     QString appDataDir;         // application data (the station-connections file)
     QString executablePath;     // the running program, for the publisher's build copy
+    // Tells the user of something found wrong and what was done about it (a broken tables
+    // folder, say). Unset: a warning on standard error.
+    std::function<void(const QString&)> notice;
 };
 
 } // namespace quendle

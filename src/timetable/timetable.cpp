@@ -4,12 +4,15 @@
 #include "util/files.h"
 #include "util/text.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QSet>
 
 #include <algorithm>
+
+#include <sys/stat.h>
 
 namespace quendle {
 
@@ -20,11 +23,97 @@ Timetable::Timetable(const Folders& folders, bool publisherMode)
 
 QString Timetable::getbundledtablepath() { return QStringLiteral(":/tables/SydneyTrains.vq"); }
 
+namespace {
+
+// What stands at a path, looked at without following a link.
+enum class Entry { None, File, Folder, GoodLink, BadLink, Special };
+
+Entry entryat(const QString& path, QString* kind = nullptr)
+{
+    struct stat own;
+    const QByteArray p = QFile::encodeName(path);
+    if (::lstat(p.constData(), &own) != 0)
+        return Entry::None;
+    auto describe = [&](const char* what) {
+        if (kind)
+            *kind = QString::fromUtf8(what);
+    };
+    if (S_ISLNK(own.st_mode)) {
+        struct stat target;
+        if (::stat(p.constData(), &target) != 0) {
+            describe("a link to nothing");
+            return Entry::BadLink;
+        }
+        if (S_ISREG(target.st_mode) || S_ISDIR(target.st_mode))
+            return Entry::GoodLink;
+        describe("a link to a FIFO or device");
+        return Entry::BadLink;
+    }
+    if (S_ISREG(own.st_mode))
+        return Entry::File;
+    if (S_ISDIR(own.st_mode))
+        return Entry::Folder;
+    describe(S_ISFIFO(own.st_mode) ? "a FIFO" : S_ISSOCK(own.st_mode) ? "a socket" : "a device");
+    return Entry::Special;
+}
+
+QString stamp()
+{
+    return QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
+}
+
+} // namespace
+
+void Timetable::makeroomfortables()
+{
+    // The tables folder itself: a link or special file in its place goes, a plain file is
+    // moved aside (it may be someone's), and the folder is made.
+    const QString fold = folders_.getprefsfold() + "tablesverified";
+    QString kind;
+    const Entry f = entryat(fold, &kind);
+    if (f == Entry::BadLink || f == Entry::Special) {
+        QFile::remove(fold);
+        setupnotes << QStringLiteral("%1 was %2, not a folder; it was removed and the folder made").arg(fold, kind);
+    } else if (f == Entry::File) {
+        const QString aside = fold + ".broken-" + stamp();
+        if (QFile::rename(fold, aside))
+            setupnotes << QStringLiteral("%1 was a file, not a folder; it was moved to %2 and the folder made")
+                              .arg(fold, aside);
+        else
+            setupnotes << QStringLiteral("%1 is a file, not a folder, and cannot be moved aside; no table "
+                                         "can be installed")
+                              .arg(fold);
+    }
+    folders_.gettablesfold();
+
+    // The built-in table's own place: a broken link or a special file there would stop it
+    // from being installed; a folder there is the user's and stays, the table going beside it.
+    const QString installed = fold + "/SydneyTrains.vq";
+    const Entry e = entryat(installed, &kind);
+    if (e == Entry::BadLink || e == Entry::Special) {
+        QFile::remove(installed);
+        setupnotes << QStringLiteral("%1 was %2; it was removed and the built-in table installed in its place")
+                          .arg(installed, kind);
+    } else if (e == Entry::Folder) {
+        setupnotes << QStringLiteral("%1 is a folder; it was left alone and the built-in table is kept as %2")
+                          .arg(installed, installedtablepath());
+    }
+}
+
+QString Timetable::installedtablepath() const
+{
+    const QString fold = folders_.getprefsfold() + "tablesverified";
+    const QString usual = fold + "/SydneyTrains.vq";
+    return entryat(usual) == Entry::Folder ? fold + "/SydneyTrains.builtin.vq" : usual;
+}
+
 void Timetable::setuptables()
 {
     tabledates.clear();
     mytables.clear();
     cache_.clear();
+    setupnotes.clear();
+    makeroomfortables();
     if (downloadedTablesHook)
         downloadedTablesHook();
     else
@@ -59,6 +148,10 @@ void Timetable::copydownloadedtablestotablefold()
         if (!isthisavalidtable(from))
             continue;
         const QString to = fold + "/" + name;
+        if (entryat(to) == Entry::Folder) {   // never removed to make room
+            setupnotes << QStringLiteral("%1 is a folder, so the downloaded table %2 was not installed").arg(to, name);
+            continue;
+        }
         lumdelete(to, folders_.getprefsfold(), publisher_);
         lumcopy(from, to);
         lumdelete(from, folders_.getprefsfold(), publisher_);
@@ -69,27 +162,34 @@ void Timetable::copybundledtablesifmorerecent()
 {
     if (getmytablesinmahfold().isEmpty())
         return;
-    const QString installed = folders_.gettablesfold() + "/SydneyTrains.vq";
+    const QString installed = installedtablepath();
     const Date bundledDate = tabledatetodate(datefromtablelines(cache_.lines(bundledPath_)));
     const Date installedDate = tabledatetodate(datefromtablelines(cache_.lines(installed)));
     // The comparison is made relative to "now", but only the order of the two dates matters.
     if (testlumdateearlier(installedDate, bundledDate)) {
         lumdelete(installed, folders_.getprefsfold(), publisher_);
-        lumcopy(bundledPath_, installed);
-        QFile::setPermissions(installed, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup
-                                             | QFile::ReadOther);
+        installbundled(installed);
     }
+}
+
+void Timetable::installbundled(const QString& installed)
+{
+    if (!lumcopy(bundledPath_, installed)) {
+        if (lumexist(bundledPath_))
+            setupnotes << QStringLiteral("the built-in table could not be installed as %1").arg(installed);
+        return;
+    }
+    // Resource files copy read-only; a later update must be able to replace it.
+    QFile::setPermissions(installed, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
 }
 
 void Timetable::copybundledtablesifnothing()
 {
-    if (!getmytablesinmahfold().isEmpty())
+    // A folder in the built-in table's place holds no table of its own.
+    const QStringList present = getmytablesinmahfold();
+    if (!present.isEmpty() && !(present.size() == 1 && entryat(present.front()) == Entry::Folder))
         return;
-    const QString installed = folders_.gettablesfold() + "/SydneyTrains.vq";
-    lumcopy(bundledPath_, installed);
-    // Resource files copy read-only; a later update must be able to replace it.
-    QFile::setPermissions(installed, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup
-                                         | QFile::ReadOther);
+    installbundled(installedtablepath());
 }
 
 void Timetable::loadthistable(const QString& path)

@@ -70,6 +70,11 @@ public:
     void removedexpiredtables() {}
     void readbundledtables() {}
     static QString getthistablepath(const QString& path);
+    // Where the built-in table is installed: "SydneyTrains.vq" in the tables folder, or
+    // beside it when a folder of that name is in the way.
+    QString installedtablepath() const;
+    // What start-up found wrong with the tables folder and did about it, for the user.
+    QStringList setupnotes;
 
     // --- lines and stations ---
     void setuplinesmultitable();
@@ -106,6 +111,10 @@ public:
     std::function<void()> downloadedTablesHook;
 
 private:
+    // Clears broken links and special files from where tables go; never a user's folder.
+    void makeroomfortables();
+    void installbundled(const QString& installed);
+
     const Folders& folders_;
     bool publisher_;
     QString bundledPath_;

@@ -183,6 +183,49 @@ TEST_F(CliTest, TableCheckRefusesSpecialFilesAndWarnsOfAnUnreadableDate)
     EXPECT_FALSE(run({"table", "check", home.path() + "/good.vq"}, at).out.contains("warning"));
 }
 
+TEST_F(CliTest, TheJourneyOptionFollowsTheRulesOfAJourneyBuiltByHand)
+{
+    const Date at = sydney(2026, 11, 24, 8, 0);
+    CliRun r = run({"--journey", "Central|Redfern|Strathfield|Lidcombe|Granville|Parramatta|Westmead|Blacktown",
+                    "next"},
+                   at);
+    EXPECT_EQ(r.status, 2);
+    EXPECT_TRUE(r.err.contains("a journey holds at most 7 stations, not 8")) << r.err.toStdString();
+    r = run({"--journey", "Central|Central", "next"}, at);
+    EXPECT_EQ(r.status, 2);
+    EXPECT_TRUE(r.err.contains("\"Central\" follows itself")) << r.err.toStdString();
+
+    // A table of the user's: two lines that no change joins, and a station with a 1 MB name.
+    const QString tables = home.path() + "/Library/Preferences/quendlefddffdrterXAXAXA/tablesverified";
+    QDir().mkpath(tables);
+    const QString huge(1 << 20, QChar('x'));
+    writefile(fixtures::table("1 January 2100 1:00:00 AM",
+                              {fixtures::lineblock("Up#A to B", "Aa|151|-33,Bb|151.1|-33",
+                                                   {fixtures::dayblock("0123456", {"900,910,}"})}),
+                               fixtures::lineblock("Over#C to D", "Cc|152|-34,Dd|152.1|-34," + huge + "|1|2",
+                                                   {fixtures::dayblock("0123456", {"900,910,920,}"})})}),
+              tables + "/", "SydneyTrains.vq");
+    // Two legs without a line: nothing is inserted, and each says so rather than "no services".
+    r = run({"--journey", "Bb|Aa|Cc", "next"}, at);
+    EXPECT_EQ(r.status, 0) << r.err.toStdString();
+    EXPECT_TRUE(r.out.contains("Bb → Aa: no line connects Bb and Aa")) << r.out.toStdString();
+    EXPECT_TRUE(r.out.contains("Aa → Cc: no line connects Aa and Cc")) << r.out.toStdString();
+    // A 100 KB name against the 1 MB one: a short answer, at once.
+    r = run({"--journey", QString(100 * 1024, QChar('y')) + "|Aa", "next"}, at);
+    EXPECT_EQ(r.status, 2);
+    EXPECT_TRUE(r.err.contains("unknown station \"yyyy")) << r.err.left(200).toStdString();
+    EXPECT_LT(r.err.size(), 1000);
+
+    // A FIFO where the built-in table goes is cleared away, and the user is told.
+    const QString fifo = tables + "/SydneyTrains.vq";
+    QFile::remove(fifo);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    r = run({"--journey", "Bondi Junction|Edgecliff", "next"}, at);
+    EXPECT_EQ(r.status, 0);
+    EXPECT_TRUE(r.out.contains("leaves in")) << r.out.toStdString();
+    EXPECT_TRUE(r.err.contains("quendle-cli: " + fifo + " was a FIFO; it was removed")) << r.err.toStdString();
+}
+
 namespace {
 
 struct Program {

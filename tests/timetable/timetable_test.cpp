@@ -6,11 +6,14 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <random>
+
+#include <sys/stat.h>
 
 using namespace quendle;
 
@@ -258,6 +261,60 @@ TEST_F(StoreTest, FolderInstallationOrder)
     EXPECT_EQ(tt->mytables[0].name, "SydneyTrains");
     EXPECT_EQ(tt->mytables[1].name, "notes");
     EXPECT_EQ(tt->mytables[1].datefile, "??");
+}
+
+// A broken tables folder still ends with the built-in table loaded, says what it did,
+// and never removes a folder of the user's.
+TEST_F(StoreTest, ABrokenTablesFolderIsRepairedAndTheUsersFoldersKept)
+{
+    const QString installed = tables() + "/SydneyTrains.vq";
+    auto loaded = [&] {
+        tt->setuptables();
+        tt->setuplinesmultitable();
+        return tt->linesmute.size();
+    };
+    auto noted = [&](const QString& what) {
+        return tt->setupnotes.join('\n').contains(what) ? ::testing::AssertionSuccess()
+                                                         : ::testing::AssertionFailure() << tt->setupnotes.join('\n').toStdString();
+    };
+
+    ASSERT_TRUE(QFile::link(home.path() + "/nowhere.vq", installed));   // a dangling link
+    EXPECT_EQ(loaded(), 2u);
+    EXPECT_TRUE(noted("was a link to nothing; it was removed"));
+    EXPECT_EQ(readfile(installed), readfile(bundled));
+
+    QFile::remove(installed);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(installed).constData(), 0600), 0);
+    EXPECT_EQ(loaded(), 2u);
+    EXPECT_TRUE(noted("was a FIFO; it was removed"));
+    EXPECT_TRUE(QFileInfo(installed).isFile());
+
+    // A folder of that name, with the user's files in it, stays as it was.
+    QFile::remove(installed);
+    ASSERT_TRUE(QDir().mkdir(installed));
+    write(installed, "mine.txt", "keep me");
+    EXPECT_EQ(loaded(), 2u);
+    EXPECT_TRUE(noted("is a folder; it was left alone"));
+    EXPECT_EQ(readfile(installed + "/mine.txt"), "keep me");
+    EXPECT_TRUE(QFileInfo(tables() + "/SydneyTrains.builtin.vq").isFile());
+    EXPECT_EQ(loaded(), 2u);   // and again at the next start
+    EXPECT_EQ(readfile(installed + "/mine.txt"), "keep me");
+    // A download of the same name does not make way for itself either.
+    write(folders->gettemptablesfold(), "SydneyTrains.vq", sampletable("20 March 2014 9:00:00 AM"));
+    loaded();
+    EXPECT_TRUE(noted("so the downloaded table SydneyTrains.vq was not installed"));
+    EXPECT_EQ(readfile(installed + "/mine.txt"), "keep me");
+
+    // The tables folder itself a plain file: kept aside, the folder made, the table installed.
+    QDir(tables()).removeRecursively();
+    const QString fold = folders->getprefsfold() + "tablesverified";
+    writefile("not a folder", folders->getprefsfold(), "tablesverified");
+    EXPECT_EQ(loaded(), 2u);
+    EXPECT_TRUE(noted("was a file, not a folder; it was moved to"));
+    EXPECT_TRUE(QFileInfo(fold).isDir());
+    const QStringList aside = QDir(folders->getprefsfold()).entryList({"tablesverified.broken-*"});
+    ASSERT_EQ(aside.size(), 1);
+    EXPECT_EQ(readfile(folders->getprefsfold() + aside[0]), "not a folder");
 }
 
 TEST_F(StoreTest, LinesStationsAndLookups)
