@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 using namespace quendle;
 using namespace quendle::testsupport;
 
@@ -62,28 +65,76 @@ TEST(Defaults, TextSurvivesANewStoreAndTheFileLivesInTheConfigFolder)
     EXPECT_EQ(again.stringForKey("waveheight"), "");
 }
 
-TEST(Defaults, ADamagedFileReadsAsEmptyAndIsWrittenAfresh)
+TEST(Defaults, ADamagedFileIsKeptBesideBeforeItIsWrittenAfresh)
 {
     TempHome home;
     const QString path = home.file("settings/quendle.conf");
-    writebytes(path, QByteArray("[Gen\x01\xff\xfe\njournstrpref=\"unterminated\n\0\0\x02junk\xff=@Variant(\\0\\0\\x7f)\n", 60));
+    // 29 KB of settings that Qt cannot read in full: once written again it would be 92 bytes.
+    QByteArray damaged = "[Gen\x01\xff\xfe\njournstrpref=\"unterminated\n";
+    while (damaged.size() < 29000)
+        damaged += "bookmark" + QByteArray::number(damaged.size()) + "=Central|Redfern|Strathfield\n";
+    damaged += QByteArray("\0\0\x02junk\xff=@Variant(\\0\\0\\x7f)\n", 22);
+    writebytes(path, damaged);
+    auto broken = [&] { return QDir(home.file("settings")).entryList({"quendle.conf.broken-*"}); };
     {
-        QSettingsDefaults d(path);   // logs a warning
+        QSettingsDefaults d(path);   // says so once
         EXPECT_EQ(d.stringForKey("journstrpref"), "");
-        EXPECT_EQ(d.stringForKey("runinitialsetup"), "");
+        EXPECT_TRUE(broken().isEmpty());   // reading alone keeps no copy
         d.setString("runinitialsetup", "1");
+        ASSERT_EQ(broken().size(), 1);
+        EXPECT_EQ(d.brokenCopy(), home.file("settings/" + broken()[0]));
         d.synchronize();
+        d.setString("other", "2");
+        d.synchronize();
+        EXPECT_FALSE(d.synchronizeFailed());
     }
+    ASSERT_EQ(broken().size(), 1);
+    QFile kept(home.file("settings/" + broken()[0]));
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(kept.readAll(), damaged);
     ASSERT_TRUE(QFile::copy(path, home.file("copy.conf")));
     EXPECT_EQ(QSettingsDefaults(home.file("copy.conf")).stringForKey("runinitialsetup"), "1");
+    // The clean file written since is not damaged: no second copy.
+    QSettingsDefaults(path).setString("third", "3");
+    EXPECT_EQ(broken().size(), 1);
 
-    // A folder where the file should be: nothing read, nothing written over it, no crash.
+    // Where the copy cannot be made, nothing is written over the damaged file. (Root
+    // writes into a read-only folder all the same, so only others can see this.)
+    if (::geteuid() != 0) {
+        const QString locked = home.file("locked/quendle.conf");
+        writebytes(locked, damaged);
+        QFile::setPermissions(home.file("locked"), QFile::ReadOwner | QFile::ExeOwner);
+        {
+            QSettingsDefaults d(locked);
+            d.setString("runinitialsetup", "1");
+            EXPECT_EQ(d.stringForKey("runinitialsetup"), "1");
+            d.synchronize();
+            EXPECT_TRUE(d.synchronizeFailed());
+        }
+        QFile::setPermissions(home.file("locked"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QFile lockedFile(locked);
+        ASSERT_TRUE(lockedFile.open(QIODevice::ReadOnly));
+        EXPECT_EQ(lockedFile.readAll(), damaged);
+    }
+
+    // A FIFO in its place is moved aside, never read (it would block); a folder is left.
+    const QString fifo = home.file("fifo/quendle.conf");
+    QDir().mkpath(home.file("fifo"));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
+    {
+        QSettingsDefaults d(fifo);
+        EXPECT_EQ(d.stringForKey("k"), "");
+        d.setString("k", "v");
+        d.synchronize();
+    }
+    EXPECT_TRUE(QFileInfo(fifo).isFile());
+    EXPECT_EQ(QDir(home.file("fifo")).entryList({"quendle.conf.broken-*"}, QDir::System).size(), 1);
     const QString folder = home.file("blocked/quendle.conf");
     QDir().mkpath(folder);
     QSettingsDefaults blocked(folder);
     EXPECT_EQ(blocked.stringForKey("k"), "");
     blocked.setString("k", "v");
-    blocked.synchronize();   // logs a warning
+    blocked.synchronize();   // says it cannot write
     EXPECT_TRUE(QFileInfo(folder).isDir());
 }
 
