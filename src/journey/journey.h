@@ -107,6 +107,7 @@ public:
     void calctraveltimes();
     bool isitfastest(int chain) const;
     void setupstnconnections(const QString& path);
+    void setupstnconnectionsfromtext(const QString& text);   // the same, from the file's text
 
     // --- timeline ---
     Date usefutureoffsetifnecc() const;

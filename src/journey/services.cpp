@@ -254,10 +254,11 @@ bool Journey::isitfastest(int chain) const
     return mytraveltimes[chain].traelminint == minzztraveltime;
 }
 
-void Journey::setupstnconnections(const QString& path)
+void Journey::setupstnconnections(const QString& path) { setupstnconnectionsfromtext(readfile(path)); }
+
+void Journey::setupstnconnectionsfromtext(const QString& text)
 {
     stnsconnections.assign(tt_.stnsmute.size(), QStringList());
-    const QString text = readfile(path);
     if (text.isEmpty())
         return;
     for (const QString& line : text.split('\n')) {
