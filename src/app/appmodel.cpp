@@ -45,6 +45,10 @@ AppModel::AppModel(Platform& platform, Options options)
     display_->setalarms(alarmview_.get());
     trakview_ = std::make_unique<DisruptionsTrackworkView>(*disruptions_);
     display_->settrackwork(trakview_.get());
+    sea_ = std::make_unique<Sea>(platform_.defaults);
+    sea_->refreshstat = [this](const QString& title, int unused, int icon) {
+        display_->refreshstat(title, unused, icon);
+    };
 }
 
 AppModel::~AppModel() = default;
@@ -108,6 +112,7 @@ void AppModel::setupstuff()
     u.readprefs();
     d.setupserviceinterruptions();
     loaddefaultsifappcrashed();
+    display_->setupmenuitem();
     setuptimers();
     setwindowsize();
     askrunatlogin();
@@ -268,12 +273,18 @@ void AppModel::refreshdisplay()
 {
     display_->adjustclippingbasedonjourneylength();
     redisplay();
+    refreshmeubar();
+}
+
+void AppModel::refreshmeubar()
+{
     disruptions_->trakstatustimer();
-    if (platform_.window && !journey_->myjournstr.isEmpty()) {
-        journey_->calcremstr();
-        const QString first = UserState::abbreviatejurnifnecc(journey_->myjournstr.front());
-        platform_.window->setStatus(first + journey_->remstr, QStringLiteral("sydtrainsiconn"));
-    }
+    journey_->calcremstr();
+    // An empty journey leaves the title and the icon as they were.
+    if (journey_->myjournstr.isEmpty())
+        return;
+    const QString title = UserState::abbreviatejurnifnecc(journey_->myjournstr.front()) + journey_->remstr;
+    display_->refreshstat(title, 0, disruptions_->mytrakicon);
 }
 
 void AppModel::redisplay()

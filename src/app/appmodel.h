@@ -8,6 +8,7 @@
 #include "journey/journey.h"
 #include "platform/host.h"
 #include "platform/platform.h"
+#include "sea/sea.h"
 #include "timetable/timetable.h"
 #include "userstate/userstate.h"
 #include "util/folders.h"
@@ -63,6 +64,8 @@ public:
     void lumbuildfold();
     static bool lummakedir(const QString& path);
     void setwindowsize();
+    // The status item's title (first station and the time left) and icon.
+    void refreshmeubar();
 
     // Host
     void refreshdisplay() override;
@@ -91,6 +94,7 @@ public:
     Display& display() { return *display_; }
     const Display& display() const { return *display_; }
     Platform& platform() { return platform_; }
+    Sea& sea() { return *sea_; }
 
     // Timers (held) and flags owned here.
     TimerId updatetimer = kNoTimer;
@@ -122,6 +126,7 @@ private:
     std::unique_ptr<UserState> userstate_;
     std::unique_ptr<AlarmView> alarmview_;   // the strip's view of the alarm
     std::unique_ptr<Display> display_;
+    std::unique_ptr<Sea> sea_;
 };
 
 } // namespace quendle

@@ -13,6 +13,7 @@
 #include <QGuiApplication>
 #include <QImage>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QSaveFile>
 
 #include <algorithm>
@@ -26,6 +27,8 @@ const char* const kUsage =
     "\n"
     "Commands:\n"
     "  next               the journey's next services, as the strip shows them\n"
+    "  status [--json]    the status item's title: the first station and the time left;\n"
+    "                     --json: one line for a status bar (text, tooltip, class)\n"
     "  dump               the application state as one JSON object\n"
     "  stations           every known station, one a line\n"
     "  lines              every line: number, name, colour and stops\n"
@@ -114,6 +117,19 @@ int cmdnext(AppModel& app, QTextStream& out)
         const QString total = mintostr(calctimediffmin(firstDeparture, lastArrival));
         out << "\nTotal travel time: " << (total.isEmpty() ? QStringLiteral("under a minute") : total) << "\n";
     }
+    return 0;
+}
+
+// What the status item shows, for a terminal or a status bar's custom module.
+int cmdstatus(const AppModel& app, bool json, QTextStream& out)
+{
+    const StatusShown& s = app.display().statusitem;
+    if (!json) {
+        out << s.title.trimmed() << "\n";
+        return 0;
+    }
+    const QJsonObject o{{"text", s.title.trimmed()}, {"tooltip", s.tooltip}, {"class", s.cls}, {"alt", s.iconName}};
+    out << QJsonDocument(o).toJson(QJsonDocument::Compact) << "\n";
     return 0;
 }
 
@@ -496,8 +512,8 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
     }
     if (cmd == QLatin1String("import-gtfs"))
         return cmdimportgtfs(g.rest.mid(1), platform, out, err);
-    static const QStringList known = {"next",    "dump",      "stations",   "lines",    "render",
-                                      "journey", "bookmarks", "favourites", "trackwork"};
+    static const QStringList known = {"next",    "dump",      "stations",   "lines",     "render",
+                                      "journey", "bookmarks", "favourites", "trackwork", "status"};
     if (cmd.isEmpty() || !known.contains(cmd)) {
         if (!cmd.isEmpty())
             err << "quendle-cli: unknown command \"" << cmd << "\"\n\n";
@@ -511,6 +527,12 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
     }
     if (setting && g.hasJourney) {
         err << "quendle-cli: journey set and --journey do not go together\n";
+        return 2;
+    }
+
+    const bool json = cmd == QLatin1String("status") && g.rest.value(1) == QLatin1String("--json");
+    if (cmd == QLatin1String("status") && g.rest.size() > (json ? 2 : 1)) {
+        err << "quendle-cli: usage: quendle-cli status [--json]\n";
         return 2;
     }
 
@@ -576,6 +598,8 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
         return std::max(cmdtrackwork(app, out), fetchstatus);
     if (cmd == QLatin1String("next"))
         return cmdnext(app, out);
+    if (cmd == QLatin1String("status"))
+        return cmdstatus(app, json, out);
     if (cmd == QLatin1String("lines"))
         return cmdlines(app, out);
     if (cmd == QLatin1String("render"))

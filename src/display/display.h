@@ -177,6 +177,8 @@ public:
     IntPoint stnnametopoint(const QString& name) const;
     bool amiinmap(int x, int y) const;
     void togglemapview();
+    // Shows or hides the trackwork panel in place of the tiles.
+    void toggletrakworkview();
     MapBackground getmapbkgnddict() const;
     void drawnewmappoints();
     void painttimerfunc();
@@ -214,6 +216,23 @@ public:
     bool animating() const { return animatetimer != kNoTimer; }
     // Every text is computed when painted, so the summary only needs a redraw.
     void calccurrentdisplay() { host_.redisplay(); }
+
+    // ---- status item --------------------------------------------------------------
+    // The status icon table: a row number names a picture.
+    static const QStringList& icons();
+    // Creates the status item: no title, the small rail icon.
+    void setupmenuitem();
+    // Sets the title and the icon of row k, as the icon table maps it.
+    void refreshstat(const QString& title, int unused, int k);
+    int statusiconrow(int k) const;
+    static QString statusclass(int row);
+    QString statusbadge() const;
+    QString statustooltip(const QString& title, const QString& cls) const;
+    StatusShown statusitem;
+    int statusicon = 0;
+    // The texts of the last and the next update, as the update checks make them.
+    QString updatestr = QStringLiteral(" lastupdzestr ");
+    QString meowupdatestr;
 
     // ---- layout variables ----------------------------------------------------------
     int barwidth = 600;

@@ -114,6 +114,12 @@ void Display::togglemapview()
     host_.refreshdisplay();
 }
 
+void Display::toggletrakworkview()
+{
+    view_.mytwview = view_.mytwview != 0 ? 0 : 1;
+    host_.refreshdisplay();
+}
+
 MapBackground Display::getmapbkgnddict() const
 {
     const BackgroundRow& row = kBackground[5];

@@ -1,6 +1,8 @@
 #include "gui/guiapp.h"
 
 #include "app/appmodel.h"
+#include "app/menus.h"
+#include "input/input.h"
 #include "gui/desktopservices.h"
 #include "gui/stripwindow.h"
 #include "platform/desktop/logindsession.h"
@@ -59,6 +61,9 @@ GuiApp::GuiApp(std::optional<Date> start) : s_(std::make_unique<Services>(start)
     platform_.window = view_.get();
     model_ = std::make_unique<AppModel>(platform_, AppModel::Options{true});
     view_->setModel(model_.get());
+    menus_ = std::make_unique<Menus>(*model_);
+    input_ = std::make_unique<Input>(*model_, *menus_);
+    view_->setInput(input_.get(), menus_.get());
 }
 
 GuiApp::~GuiApp() = default;

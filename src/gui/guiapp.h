@@ -9,6 +9,8 @@
 namespace quendle {
 
 class AppModel;
+class Input;
+class Menus;
 class MyNSView;
 
 // On a Wayland session where the user chose no Qt platform, use XWayland so that the
@@ -23,6 +25,8 @@ public:
     void start();
     AppModel& model() { return *model_; }
     MyNSView& view() { return *view_; }
+    Menus& menus() { return *menus_; }
+    Input& input() { return *input_; }
 
 private:
     struct Services;
@@ -30,6 +34,8 @@ private:
     Platform platform_;
     std::unique_ptr<MyNSView> view_;
     std::unique_ptr<AppModel> model_;
+    std::unique_ptr<Menus> menus_;
+    std::unique_ptr<Input> input_;
 };
 
 } // namespace quendle

@@ -23,18 +23,20 @@ public:
     Rect screenFrame() const override { return screen_; }
     void redisplay() override { ++redisplays_; }
     void activate() override { ++activations_; }
-    void setStatus(const QString& title, const QString& iconName) override
+    void setStatus(const StatusShown& status) override
     {
-        statusTitle_ = title;
-        statusIcon_ = iconName;
+        status_ = status;
+        ++statusSets_;
     }
     void quit() override { quitRequested_ = true; }
 
     void setScreenFrame(const Rect& r) { screen_ = r; }
     int redisplays() const { return redisplays_; }
     int activations() const { return activations_; }
-    QString statusTitle() const { return statusTitle_; }
-    QString statusIcon() const { return statusIcon_; }
+    QString statusTitle() const { return status_.title; }
+    QString statusIcon() const { return status_.iconName; }
+    const StatusShown& status() const { return status_; }
+    int statusSets() const { return statusSets_; }
     bool quitRequested() const { return quitRequested_; }
 
 private:
@@ -42,7 +44,8 @@ private:
     Rect screen_{0, 0, 1920, 1080};
     int redisplays_ = 0;
     int activations_ = 0;
-    QString statusTitle_, statusIcon_;
+    StatusShown status_;
+    int statusSets_ = 0;
     bool quitRequested_ = false;
 };
 
