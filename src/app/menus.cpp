@@ -236,6 +236,8 @@ void Menus::myselectableerror()
 void Menus::myalarmaction()
 {
     app_.userstate().myalarmaction();
+    // A removed alarm must not come back at the next start.
+    app_.writeprefs();
     app_.refreshdisplay();
 }
 

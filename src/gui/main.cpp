@@ -21,7 +21,10 @@ int main(int argc, char** argv)
     QApplication::setApplicationName(QStringLiteral("quendle"));
     // The installed menu entry: lets Wayland compositors and docks match the window to it.
     QApplication::setDesktopFileName(QStringLiteral("org.quendle.Quendle"));
-    QApplication::setQuitOnLastWindowClosed(true);
+    // The strip is a tool window, which Qt does not count as a window that keeps the
+    // application running: closing any alert would end it. The strip's own closing
+    // ends it instead (MyNSView::closeEvent), as does Quit.
+    QApplication::setQuitOnLastWindowClosed(false);
     quendle::GuiApp gui(start);
     gui.start();
     return QApplication::exec();

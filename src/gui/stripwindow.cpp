@@ -6,6 +6,7 @@
 #include "paint/strippainter.h"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMenu>
@@ -136,6 +137,14 @@ void MyNSView::hideFromTaskbar()
 }
 
 void MyNSView::quit() { QApplication::quit(); }
+
+// The strip is the application's one window: closing it ends the application.
+void MyNSView::closeEvent(QCloseEvent* e)
+{
+    QWidget::closeEvent(e);
+    if (e->isAccepted())
+        QApplication::quit();
+}
 
 void MyNSView::paintEvent(QPaintEvent*)
 {

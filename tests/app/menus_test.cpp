@@ -2,6 +2,7 @@
 #include "support/scripted_alerts.h"
 #include "support/strip_fixture.h"
 #include "util/dates.h"
+#include "util/files.h"
 
 #include <gtest/gtest.h>
 
@@ -171,9 +172,12 @@ TEST_F(MenusTest, JourneyMenuItemsAndActions)
     ASSERT_EQ(alerts.count(), 1);
     EXPECT_EQ(alerts.shown()[0].message, app->display().getstopsstr());
 
-    // The alarm: ten minutes before, then removed again; the minutes dialog only
-    // chooses the minutes.
+    // The alarm: ten minutes before, then removed again (for good: the preferences file
+    // forgets it too); the minutes dialog only chooses the minutes.
+    app->setsavestate(true);
+    auto savedalarm = [this] { return readfile(app->userstate().getprefspath()).contains("]myalarm["); };
     find(menu, "Alarm 10 min Before This Service")->action();
+    EXPECT_TRUE(savedalarm());
     ASSERT_TRUE(app->userstate().doigotalarm());
     EXPECT_EQ(app->userstate().myalarms[0].advancemins, 10);
     EXPECT_EQ(window.status().cls, "alarm");
@@ -181,6 +185,7 @@ TEST_F(MenusTest, JourneyMenuItemsAndActions)
     EXPECT_FALSE(find(menu, "Add Alarm"));
     find(menu, "Remove Alarm")->action();
     EXPECT_FALSE(app->userstate().doigotalarm());
+    EXPECT_FALSE(savedalarm());
     EXPECT_EQ(window.status().cls, "normal");
     alerts.answer("OK");
     find(m.dojourneymenu(), "Add Alarm")->action();
