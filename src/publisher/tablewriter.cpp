@@ -71,6 +71,7 @@ std::vector<MergeGroup> groupcompressedtables(const std::vector<IntermediateTabl
         for (size_t m : members)
             g.days += lumregextremeray(files[m].name, QStringLiteral("(?<=day)[0-9]")).join(QString());
         g.lines = files[i].text.split(QLatin1Char('\n'));
+        g.first = files[i].name;
         groups.push_back(std::move(g));
     }
     return groups;

@@ -42,6 +42,7 @@ struct MergeGroup {
     QString key;          // line code and direction index: the file name before its last "#"
     QString days;         // day digits of the group's files, in group order
     QStringList lines;    // the first file's text split at "\n"
+    QString first;        // the first file's name
 };
 
 // Groups identical intermediate texts in listing order: each group starts at the

@@ -23,9 +23,11 @@ QStringList splittablelines(const QString& text)
     return text.split('\r');
 }
 
-bool isthisavalidtable(const QString& path)
+bool isthisavalidtable(const QString& path) { return isthisavalidtabletext(readfile(path)); }
+
+bool isthisavalidtabletext(const QString& text)
 {
-    const QStringList lines = splittablelines(readfile(path));
+    const QStringList lines = splittablelines(text);
     int timetables = 0;
     int lineNames = 0;
     for (const QString& l : lines) {

@@ -31,6 +31,8 @@ struct Rgba {
 QStringList splittablelines(const QString& text);
 
 bool isthisavalidtable(const QString& path);
+// The same test on a text already in memory (a download not yet written anywhere).
+bool isthisavalidtabletext(const QString& text);
 QString getdatefromtablefile(const QString& path);     // "??" when no header
 QString datefromtablelines(const QStringList& lines);   // the same, from lines already split
 Date tabledatetodate(const QString& text);             // "22 nov 1800" when unusable

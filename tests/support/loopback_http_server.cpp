@@ -2,6 +2,8 @@
 
 #include "support/test_env.h"
 
+#include <QDir>
+#include <QFile>
 #include <QHash>
 #include <QMutex>
 #include <QMutexLocker>
@@ -9,6 +11,7 @@
 #include <QTcpSocket>
 #include <QThread>
 #include <QTimer>
+#include <QUrl>
 
 #include <functional>
 
@@ -17,6 +20,8 @@ namespace quendle::testsupport {
 struct LoopbackHttpServer::State {
     mutable QMutex mutex;
     QHash<QByteArray, Response> routes;
+    QHash<QByteArray, LoopbackHttpServer::Handler> handlers;
+    QList<QPair<QByteArray, QString>> folders;
     QList<Request> requests;
 };
 
@@ -83,6 +88,23 @@ public:
     }
 
 private:
+    static Response fromfolder(const QString& folder, QByteArray relative)
+    {
+        Response r;
+        if (relative.isEmpty() || relative.endsWith('/'))
+            relative += "index.html";
+        const QString path = QDir::cleanPath(folder + "/" + QUrl::fromPercentEncoding(relative));
+        QFile f(path);
+        if (!path.startsWith(QDir::cleanPath(folder) + "/") || !f.open(QIODevice::ReadOnly)) {
+            r.status = 404;
+            r.body = "not found";
+            return r;
+        }
+        r.body = f.readAll();
+        r.contentType = "application/octet-stream";
+        return r;
+    }
+
     void accept()
     {
         while (QTcpSocket* s = server_->nextPendingConnection()) {
@@ -116,11 +138,18 @@ private:
         Response resp;
         resp.status = 404;
         resp.body = "not found";
+        Handler handler;
         {
             QMutexLocker lock(&state_->mutex);
             state_->requests.append(r);
             resp = state_->routes.value(r.path, resp);
+            handler = state_->handlers.value(r.path);
+            for (const auto& [prefix, folder] : state_->folders)
+                if (r.path.startsWith(prefix))
+                    resp = fromfolder(folder, r.path.mid(prefix.size()));
         }
+        if (handler)
+            resp = handler(r);
         if (resp.delayMs > 0)
             QTimer::singleShot(resp.delayMs, s, [this, s, resp, done] { send(s, resp, done); });
         else
@@ -231,6 +260,18 @@ void LoopbackHttpServer::redirect(const QByteArray& from, const QString& to, int
     r.body = "moved to " + to.toUtf8();
     r.headers.append({"Location", to.toUtf8()});
     route(from, r);
+}
+
+void LoopbackHttpServer::handle(const QByteArray& path, Handler handler)
+{
+    QMutexLocker lock(&state_->mutex);
+    state_->handlers.insert(path, std::move(handler));
+}
+
+void LoopbackHttpServer::servefolder(const QByteArray& prefix, const QString& folder)
+{
+    QMutexLocker lock(&state_->mutex);
+    state_->folders.append({prefix, folder});
 }
 
 QList<LoopbackHttpServer::Request> LoopbackHttpServer::requests() const

@@ -10,6 +10,8 @@
 #include <QPair>
 #include <QString>
 
+#include <functional>
+
 #include <memory>
 
 class QThread;
@@ -51,6 +53,13 @@ public:
     void route(const QByteArray& path, const Response& response);
     void route(const QByteArray& path, int status, const QByteArray& body);
     void redirect(const QByteArray& from, const QString& to, int status = 302);
+    // Answers the path by calling handler (on the server's thread) with each request, for
+    // answers that depend on the query or the form sent.
+    using Handler = std::function<Response(const Request&)>;
+    void handle(const QByteArray& path, Handler handler);
+    // Serves the files of a folder below a path prefix ending in "/" (a path ending in "/"
+    // serves the folder's index.html), as any static web server would.
+    void servefolder(const QByteArray& prefix, const QString& folder);
 
     QList<Request> requests() const;
     int requestCount() const;
