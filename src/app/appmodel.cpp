@@ -49,6 +49,11 @@ AppModel::AppModel(Platform& platform, Options options)
     sea_->refreshstat = [this](const QString& title, int unused, int icon) {
         display_->refreshstat(title, unused, icon);
     };
+    publisher_ = std::make_unique<Publisher>(platform_, folders_);
+    publisher_->operatorurl = [d = disruptions_.get()] { return d->operatorurl(); };
+    updater_ = std::make_unique<Updater>(*timetable_, *disruptions_, *publisher_, platform_, folders_, *this,
+                                         Updater::Flags{runupdatesincelaunch, checkforupdates, mylastupdateray});
+    timetable_->downloadedTablesHook = [u = updater_.get()] { u->copydownloadedtablestotablefold(); };
 }
 
 AppModel::~AppModel() = default;
@@ -147,6 +152,7 @@ void AppModel::setuptimers()
     tl.calcremmytimer = calcremmytimer;
     tl.getmoreservstimer = getmoreservstimer;
     journey_->setactualindextimer();
+    setupdatetimer();
 }
 
 void AppModel::calcremaintimr() { journey_->calcremaintimr(); }
@@ -170,7 +176,16 @@ void AppModel::zoominfunc()
     display_->adjustclippingbasedonjourneylength();
 }
 
-void AppModel::updatetimerfunc() { runupdatesincelaunch = 1; }
+UpdateReport AppModel::updatetimerfunc()
+{
+    // With checks off the timer is left as it is: its next fire date is "never".
+    UpdateReport r = updater_->updatetimerfunc();
+    if (r.ran)
+        setupdatetimer();
+    return r;
+}
+
+void AppModel::setupdatetimer() { updater_->setupdatetimer(updatetimer); }
 
 void AppModel::wakefromsleep()
 {

@@ -8,8 +8,10 @@
 #include "journey/journey.h"
 #include "platform/host.h"
 #include "platform/platform.h"
+#include "publisher/publisher.h"
 #include "sea/sea.h"
 #include "timetable/timetable.h"
+#include "update/update.h"
 #include "userstate/userstate.h"
 #include "util/folders.h"
 #include "util/viewstate.h"
@@ -44,7 +46,9 @@ public:
     void fivesecafterlaunchfunc();
     void garbagecleanup();
     void zoominfunc();
-    void updatetimerfunc();
+    // One update check (through the updater) and the timer moved on; what it found.
+    UpdateReport updatetimerfunc();
+    void setupdatetimer();
     void makeSleep() {}
     void makeWake() { wakefromsleep(); }
     void wakefromsleep();
@@ -95,6 +99,8 @@ public:
     const Display& display() const { return *display_; }
     Platform& platform() { return platform_; }
     Sea& sea() { return *sea_; }
+    Updater& updater() { return *updater_; }
+    Publisher& publisher() { return *publisher_; }
 
     // Timers (held) and flags owned here.
     TimerId updatetimer = kNoTimer;
@@ -127,6 +133,8 @@ private:
     std::unique_ptr<AlarmView> alarmview_;   // the strip's view of the alarm
     std::unique_ptr<Display> display_;
     std::unique_ptr<Sea> sea_;
+    std::unique_ptr<Publisher> publisher_;
+    std::unique_ptr<Updater> updater_;
 };
 
 } // namespace quendle

@@ -96,6 +96,39 @@ QString UserState::bookmarkstext() const
     return each.join('#');
 }
 
+QString UserState::lastupdateline() const
+{
+    const Date updated = mylastupdateray && !mylastupdateray->empty() ? mylastupdateray->front()
+                                                                        : adddaystodate(now(), -165);
+    return "]updatestr[" + lumdatetostr(updated) + "]updatestr[";
+}
+
+bool UserState::writelastupdate()
+{
+    if (ivereadprefs == 0)
+        return false;
+    const QString path = getprefspath();
+    const QFileInfo fi(path);
+    if (!fi.exists())
+        return replacefile(path, prefsfiletext());
+    if (!fi.isFile() || fi.size() > kMaxPrefsText)
+        return false;
+    QString text = readfile(path);
+    if (text.isEmpty() && fi.size() > 0)
+        return false;
+    QStringList lines = text.split('\n');
+    bool found = false;
+    for (QString& line : lines) {
+        if (line.contains(QLatin1String("]updatestr["))) {
+            line = lastupdateline();
+            found = true;
+        }
+    }
+    if (!found)
+        lines << lastupdateline();
+    return replacefile(path, lines.join('\n'));
+}
+
 QString UserState::prefsfiletext() const
 {
     QString t = journeytext();
@@ -108,9 +141,7 @@ QString UserState::prefsfiletext() const
         t += "\n]myalarm[" + a.dep + '#' + a.dest + '#' + lumdatetostr(a.date) + '#'
             + QString::number(a.advancemins) + "]myalarm[";
     }
-    const Date updated = mylastupdateray && !mylastupdateray->empty() ? mylastupdateray->front()
-                                                                        : adddaystodate(now(), -165);
-    t += "\n]updatestr[" + lumdatetostr(updated) + "]updatestr[";
+    t += "\n" + lastupdateline();
     const Rect frame = platform_.window ? platform_.window->frame() : Rect{};
     t += "\n]mysize[" + QString::asprintf("%f|%f", frame.w, frame.h) + "]mysize[";
     return t;

@@ -59,6 +59,12 @@ public:
     QString prefsfiletext() const;
     // Whether the last writeprefs reached both stores (false also when it wrote nothing).
     bool lastsaveok() const { return lastsaveok_; }
+    // Saves the time of the last successful update and nothing else: the "]updatestr["
+    // line of the preferences file is replaced (or added) and every other byte of the file,
+    // and the defaults store, stay as they are. A missing file is written whole from the
+    // state in memory. False when nothing could be saved (before the first read, or an
+    // unreadable or unwritable file, which is then left as it was).
+    bool writelastupdate();
 
     // --- journeys, bookmarks, favourites ---
     void myselec(const QString& representedObject);
@@ -108,6 +114,7 @@ public:
 
 private:
     Date now() const { return platform_.clock->now(); }
+    QString lastupdateline() const;   // "]updatestr[" pipe date "]updatestr["
     bool knownstation(const QString& name) const;
     // Adds bookmarks in order, each replacing an older one with the same first station:
     // the result of writethisbookmark on each, in one pass.

@@ -117,16 +117,21 @@ QtHttp::~QtHttp()
 
 QString QtHttp::get(const QString& url)
 {
-    return fetch(url, nullptr);
+    return fetch(url, nullptr, maxBytes_);
 }
 
 QString QtHttp::postForm(const QString& url, const QString& formBody)
 {
     const QByteArray body = formBody.toUtf8();
-    return fetch(url, &body);
+    return fetch(url, &body, maxBytes_);
 }
 
-QString QtHttp::fetch(const QString& address, const QByteArray* formBody)
+QString QtHttp::getbounded(const QString& url, qint64 maxBytes)
+{
+    return fetch(url, nullptr, maxBytes);
+}
+
+QString QtHttp::fetch(const QString& address, const QByteArray* formBody, qint64 maxBytesAllowed)
 {
     lastError_.clear();
     const QUrl url(address.trimmed());
@@ -148,7 +153,7 @@ QString QtHttp::fetch(const QString& address, const QByteArray* formBody)
             thread_->start();
         }
         const int timeoutMs = timeoutMs_;
-        const qint64 maxBytes = maxBytes_;
+        const qint64 maxBytes = maxBytesAllowed;
         Worker* worker = worker_;
         QMetaObject::invokeMethod(
             worker_, [&out, worker, url, formBody, timeoutMs, maxBytes] {

@@ -34,12 +34,13 @@ public:
     QString get(const QString& url) override;
     // formBody is sent as is, as application/x-www-form-urlencoded.
     QString postForm(const QString& url, const QString& formBody) override;
+    QString getbounded(const QString& url, qint64 maxBytes) override;
 
     // Why the last fetch read as "", or "" when it succeeded.
     QString lastError() const override { return lastError_; }
 
 private:
-    QString fetch(const QString& url, const QByteArray* formBody);
+    QString fetch(const QString& url, const QByteArray* formBody, qint64 maxBytes);
 
     int timeoutMs_;
     qint64 maxBytes_;
