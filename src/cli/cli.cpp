@@ -3,6 +3,7 @@
 #include "app/appmodel.h"
 #include "app/statejson.h"
 #include "cli/trackworkcmd.h"
+#include "cli/updatecmd.h"
 #include "paint/strippainter.h"
 #include "cli/cliplatform.h"
 #include "platform/system/nullservices.h"
@@ -47,6 +48,12 @@ const char* const kUsage =
     "              [--route-type N,...] [--routes ID,...]\n"
     "                     make a table from a GTFS feed (its zip file or folder);\n"
     "                     by default into the tables folder, so the next start loads it\n"
+    "  update             check the publisher's update page now, as the running strip does:\n"
+    "                     fetch newer tables for the next start, say whether a newer\n"
+    "                     version is out (exit status 1 when the page was not reached)\n"
+    "  publish DIR [--table FILE]... [--version X.Y]\n"
+    "                     write an update page and the tables folder parlune/ into DIR,\n"
+    "                     for any web server to serve to Quendle users\n"
     "\n"
     "Options:\n"
     "  --now ISO8601      run at this instant (as QUENDLE_NOW does; this wins over it)\n"
@@ -512,8 +519,11 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
     }
     if (cmd == QLatin1String("import-gtfs"))
         return cmdimportgtfs(g.rest.mid(1), platform, out, err);
+    if (cmd == QLatin1String("publish"))
+        return cmdpublish(g.rest.mid(1), platform, out, err);
     static const QStringList known = {"next",    "dump",      "stations",   "lines",     "render",
-                                      "journey", "bookmarks", "favourites", "trackwork", "status"};
+                                      "journey", "bookmarks", "favourites", "trackwork", "status",
+                                      "update"};
     if (cmd.isEmpty() || !known.contains(cmd)) {
         if (!cmd.isEmpty())
             err << "quendle-cli: unknown command \"" << cmd << "\"\n\n";
@@ -533,6 +543,10 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
     const bool json = cmd == QLatin1String("status") && g.rest.value(1) == QLatin1String("--json");
     if (cmd == QLatin1String("status") && g.rest.size() > (json ? 2 : 1)) {
         err << "quendle-cli: usage: quendle-cli status [--json]\n";
+        return 2;
+    }
+    if (cmd == QLatin1String("update") && g.rest.size() != 1) {
+        err << "quendle-cli: usage: quendle-cli update\n";
         return 2;
     }
 
@@ -588,6 +602,8 @@ int runcli(const QStringList& args, Platform& platform, QTextStream& out, QTextS
         return cmdbookmarks(app, out);
     if (cmd == QLatin1String("favourites"))
         return cmdfavourites(app, out);
+    if (cmd == QLatin1String("update"))
+        return cmdupdate(app, out, err);
     int fetchstatus = 0;
     if (fetch)
         fetchstatus = fetchoperatorpages(app, out) ? 0 : 1;

@@ -33,6 +33,8 @@ QString sections(const TrakwRecord& r)
     return s.join(QStringLiteral(", "));
 }
 
+} // namespace
+
 void sayfetch(QTextStream& out, const QString& what, const FetchOutcome& o, const QString& cachepath)
 {
     if (o.cached) {
@@ -42,8 +44,6 @@ void sayfetch(QTextStream& out, const QString& what, const FetchOutcome& o, cons
     out << what << ": not taken from " << o.url << ": " << o.why << ". "
         << (lumexist(cachepath) ? "The copy cached before is kept as it was.\n" : "There is no cached copy yet.\n");
 }
-
-} // namespace
 
 bool fetchoperatorpages(AppModel& app, QTextStream& out)
 {

@@ -7,6 +7,10 @@
 namespace quendle {
 
 class AppModel;
+struct FetchOutcome;
+
+// One line on a page download: cached, or why the copy cached before (if any) was kept.
+void sayfetch(QTextStream& out, const QString& what, const FetchOutcome& o, const QString& cachepath);
 
 // Downloads the trackwork and interruption pages and says, for each, whether it was
 // cached or why the old cache was kept. The notices are read again afterwards. true when
