@@ -94,7 +94,7 @@ QString Publisher::pagefilename(const QString& code, int direction, Date day)
                              .arg(c.year, 4, 10, QLatin1Char('0'))
                              .arg(c.month, 2, 10, QLatin1Char('0'))
                              .arg(c.day, 2, 10, QLatin1Char('0'));
-    return QStringLiteral("%1%2#%3.txt  ").arg(code).arg(direction).arg(date);
+    return QStringLiteral("%1%2#%3.txt  ").arg(code, QString::number(direction), date);
 }
 
 void Publisher::striptables()
@@ -158,9 +158,8 @@ QString Publisher::compressthistable(const QString& pagepath)
     const QStringList stations = rewritestnstonamesiwant(removestnsidontwant(p.stations, arrivals));
     const QString text = convertraytostr(rotatemultidarray(p.rows), convstnstogps(stations), p.linename, p.direction,
                                          getcolthisli(p.linename));
-    const QString path = QStringLiteral("%1%2day%3].txt")
-                             .arg(getcompressedfold(), QFileInfo(pagepath).fileName())
-                             .arg(convdowstrtoint(p.dayname));
+    const QString path = getcompressedfold() + QFileInfo(pagepath).fileName() + "day"
+        + QString::number(convdowstrtoint(p.dayname)) + "].txt";
     say(QStringLiteral("  ###   writtento %1  ###  ").arg(path));
     QDir().mkpath(getcompressedfold());
     QString why;

@@ -23,9 +23,10 @@ TimetablePage readtimetablepage(const QString& text)
         p.rows.push_back(std::move(row));
     }
     p.dayname = lumregextremestr(page, QStringLiteral("(Monday|Tuesday|Wednesday|Thursday|Friday|Saturday|Sunday)"));
-    p.linename = lumregextremestr(page, QStringLiteral("(([A-Z][a-z]{1,}|\\&)\\s?){1,}(?=\\sLine)"));
-    p.direction = lumregextremestr(page, QStringLiteral("(?<=Line).{1,}(?=Sydney)"));
-    p.stations = lumregextremeray(page, QStringLiteral("(?<=stationId=[0-9]{1,4}\">).{1,}(?=\\s?</a)"));
+    // Each of these matches within a line holding its key; other lines are not searched.
+    p.linename = lumregexonlines(page, u"Line", QStringLiteral("(([A-Z][a-z]{1,}|\\&)\\s?){1,}(?=\\sLine)"), true).value(0);
+    p.direction = lumregexonlines(page, u"Sydney", QStringLiteral("(?<=Line).{1,}(?=Sydney)"), true).value(0);
+    p.stations = lumregexonlines(page, u"stationId=", QStringLiteral("(?<=stationId=[0-9]{1,4}\">).{1,}(?=\\s?</a)"), false);
     return p;
 }
 

@@ -111,6 +111,31 @@ QStringList lumregextremeray(const QString& text, const QString& regex)
     return out;
 }
 
+QStringList lumregexonlines(const QString& text, QStringView key, const QString& regex, bool firstonly,
+                            qsizetype maxline)
+{
+    QStringList out;
+    qsizetype from = 0;
+    while (from <= text.size()) {
+        qsizetype end = text.indexOf(QLatin1Char('\n'), from);
+        if (end < 0)
+            end = text.size();
+        const QStringView line = QStringView(text).mid(from, end - from);
+        if ((maxline < 0 || line.size() <= maxline) && line.contains(key)) {
+            const QString l = line.toString();
+            if (firstonly) {
+                const QString m = lumregextremestr(l, regex);
+                if (!m.isEmpty())
+                    return {m};
+            } else {
+                out << lumregextremeray(l, regex);
+            }
+        }
+        from = end + 1;
+    }
+    return out;
+}
+
 QString lumregextremestr(const QString& text, const QString& regex)
 {
     Bound m(regex, text);

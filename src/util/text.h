@@ -12,6 +12,13 @@ QString lumregextremestr(const QString& text, const QString& regex);     // firs
 // before pos.
 QString lumregexmatchat(const QString& text, const QString& regex, qsizetype pos);
 QStringList lumregexsplit(const QString& text, const QString& regex);
+// The matches of an expression that stays within a line (no "\n" in it, and "." stops at
+// line ends), looked for only on the lines that hold key: the answers of lumregextremeray
+// (or, with firstonly, of lumregextremestr) on the whole text, without a text of endless
+// near-misses making every attempt scan the rest of the text. Lines longer than maxline
+// (when it is not negative) are passed over.
+QStringList lumregexonlines(const QString& text, QStringView key, const QString& regex, bool firstonly,
+                            qsizetype maxline = -1);
 QString lumregexreplace(const QString& text, const QString& regex, const QString& replacement);
 bool lumregexvalid(const QString& regex);
 
