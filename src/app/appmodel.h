@@ -100,6 +100,7 @@ public:
     Platform& platform() { return platform_; }
     Sea& sea() { return *sea_; }
     Updater& updater() { return *updater_; }
+    const Updater& updater() const { return *updater_; }
     Publisher& publisher() { return *publisher_; }
 
     // Timers (held) and flags owned here.

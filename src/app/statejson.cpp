@@ -226,6 +226,17 @@ QJsonObject statejson(const AppModel& app)
                                          {"lineaffected", numbers(r.lineaffected)}});
     o["serviceinterrups"] = interruptions;
     o["mytrakicon"] = d.mytrakicon;
+
+    const Updater& up = app.updater();
+    QJsonArray updated;
+    for (Date when : app.mylastupdateray)
+        updated.append(isolocal(when));
+    o["mylastupdateray"] = updated;
+    o["runupdatesincelaunch"] = app.runupdatesincelaunch;
+    o["checkforupdates"] = app.checkforupdates;
+    o["nextupdate"] = isolocal(up.getnextupdatetime());
+    o["updateurl"] = up.getupdateurl();
+    o["tablesurl"] = up.gettablesurl();
     return o;
 }
 

@@ -105,7 +105,10 @@ TEST_F(AppTest, StartUpShowsTheDefaultJourneyAndTicksOnWholeMinutes)
     // Placeholder timers wait for their fire dates; the seven-second one has fired once.
     EXPECT_GT(timers.fireDate(app->zoomintimer), at(9, 0));
     EXPECT_FALSE(timers.isValid(app->fivesecsafterlaunchtimer));
-    EXPECT_EQ(app->runupdatesincelaunch, 0);
+    // The last update counts as 165 days old, so the first update check ran at once; with
+    // no network it recorded nothing and waits an hour for the next.
+    EXPECT_EQ(app->runupdatesincelaunch, 1);
+    EXPECT_EQ(timers.fireDate(app->updatetimer), at(9, 5, 40));
 }
 
 TEST_F(AppTest, WakeReturnsToNowAndDeactivationZoomsBackIn)
