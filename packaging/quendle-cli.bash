@@ -1,7 +1,8 @@
 # bash completion for quendle-cli: commands (read from the program's own usage text, so
 # new commands complete without changes here), options, station names in --journey
 # (after each "|") and in "journey set", files after "table check", pictures after
-# "render", feeds and options after "import-gtfs", and --fetch after "trackwork".
+# "render", feeds and options after "import-gtfs", --fetch after "trackwork", and folders,
+# tables and options after "publish".
 
 _quendle_cli_commands()
 {
@@ -88,6 +89,20 @@ _quendle_cli()
         else
             compopt -o filenames 2>/dev/null
             COMPREPLY=($(compgen -f -- "$cur"))
+        fi
+        return 0
+    fi
+    if [[ $cmd == publish ]]; then
+        if [[ $prev == --version ]]; then
+            return 0
+        elif [[ $cur == -* ]]; then
+            COMPREPLY=($(compgen -W '--table --version' -- "$cur"))
+        elif [[ $prev == --table ]]; then
+            compopt -o filenames 2>/dev/null
+            COMPREPLY=($(compgen -f -X '!*.vq' -- "$cur") $(compgen -d -- "$cur"))
+        else
+            compopt -o filenames 2>/dev/null
+            COMPREPLY=($(compgen -d -- "$cur"))
         fi
         return 0
     fi

@@ -150,6 +150,7 @@ TEST(Packaging, BashCompletionOffersCommandsOptionsAndStations)
         {{cli, "journey", "s"}, {"set"}},
         {{cli, "journey", "set", "\"Central|Redf"}, {"\"Central|Redfern"}},
         {{cli, "import-gtfs", "feed.zip", "--rou"}, {"--route-type", "--routes"}},
+        {{cli, "publish", "site", "--"}, {"--table", "--version"}},
     };
     for (const auto& [words, expected] : cases) {
         QString script = QStringLiteral("source \"$1\"; shift; COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); "
