@@ -345,26 +345,14 @@ const char* const kImportUsage =
 int cmdimportgtfs(const QStringList& args, Platform& platform, QTextStream& out, QTextStream& err)
 {
     gtfs::ImportRequest req;
-    QString problem;
-    for (int i = 0; i < args.size() && problem.isEmpty(); ++i) {
-        QString a = args[i], value;
-        const bool option = a.startsWith(QLatin1String("--"));
-        if (option) {
-            const qsizetype eq = a.indexOf(QLatin1Char('='));
-            if (eq > 0) {
-                value = a.mid(eq + 1);
-                a = a.left(eq);
-            } else if (i + 1 < args.size()) {
-                value = args[++i];
-            } else {
-                problem = a + " needs a value";
-                break;
-            }
-        }
-        if (!option) {
+    QString problem, missing;
+    for (const auto& [a, value] : commandargs(args, &missing)) {
+        if (!problem.isEmpty())
+            break;
+        if (a.isEmpty()) {
             if (!req.feed.isEmpty())
-                problem = "one feed at a time (\"" + req.feed + "\" and \"" + a + "\")";
-            req.feed = a;
+                problem = "one feed at a time (\"" + req.feed + "\" and \"" + value + "\")";
+            req.feed = value;
         } else if (a == QLatin1String("--out")) {
             req.out = value;
         } else if (a == QLatin1String("--name")) {
@@ -388,6 +376,8 @@ int cmdimportgtfs(const QStringList& args, Platform& platform, QTextStream& out,
             problem = "unknown option " + a;
         }
     }
+    if (problem.isEmpty())
+        problem = missing;
     if (problem.isEmpty() && req.feed.isEmpty())
         problem = "which feed? Give its zip file or folder";
     if (!problem.isEmpty()) {
@@ -420,6 +410,29 @@ int cmdimportgtfs(const QStringList& args, Platform& platform, QTextStream& out,
 }
 
 } // namespace
+
+std::vector<CommandArg> commandargs(const QStringList& args, QString* problem)
+{
+    std::vector<CommandArg> out;
+    for (int i = 0; i < args.size(); ++i) {
+        const QString& a = args[i];
+        if (!a.startsWith(QLatin1String("--"))) {
+            out.push_back({QString(), a});
+            continue;
+        }
+        const qsizetype eq = a.indexOf(QLatin1Char('='));
+        if (eq > 0) {
+            out.push_back({a.left(eq), a.mid(eq + 1)});
+        } else if (i + 1 < args.size()) {
+            out.push_back({a, args[i + 1]});
+            ++i;
+        } else {
+            *problem = a + " needs a value";
+            break;
+        }
+    }
+    return out;
+}
 
 QString dayandtime(Date d, Date now)
 {

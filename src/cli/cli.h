@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <QTextStream>
 
+#include <vector>
+
 namespace quendle {
 
 // Runs one command line (arguments without the program name) on the given platform.
@@ -24,6 +26,15 @@ struct CliGlobals {
     QString error;        // a usage error, "" when none
 };
 CliGlobals parseglobals(const QStringList& args);
+
+// A command's arguments in order: plain words (name "", the word in value) and options
+// given as "--name value" or "--name=value". Every option takes a value; when the last one
+// has none, *problem says so.
+struct CommandArg {
+    QString name;
+    QString value;
+};
+std::vector<CommandArg> commandargs(const QStringList& args, QString* problem);
 
 // A moment as the terminal shows it: the time, with the weekday when it is not today.
 QString dayandtime(Date d, Date now);

@@ -1,6 +1,7 @@
 #include "cli/updatecmd.h"
 
 #include "app/appmodel.h"
+#include "cli/cli.h"
 #include "cli/trackworkcmd.h"
 #include "publisher/publish.h"
 #include "util/dates.h"
@@ -92,28 +93,16 @@ int cmdupdate(AppModel& app, QTextStream& out, QTextStream& err)
 int cmdpublish(const QStringList& args, Platform& platform, QTextStream& out, QTextStream& err)
 {
     static const char* const usage = "quendle-cli: usage: quendle-cli publish DIR [--table FILE]... [--version X.Y]\n";
-    QString dir, problem;
+    QString dir, problem, missing;
     QStringList tables;
     double ver = Updater::getappvers();
-    for (int i = 0; i < args.size() && problem.isEmpty(); ++i) {
-        QString a = args[i], value;
-        const bool option = a.startsWith(QLatin1String("--"));
-        if (option) {
-            const qsizetype eq = a.indexOf(QLatin1Char('='));
-            if (eq > 0) {
-                value = a.mid(eq + 1);
-                a = a.left(eq);
-            } else if (i + 1 < args.size()) {
-                value = args[++i];
-            } else {
-                problem = a + " needs a value";
-                break;
-            }
-        }
-        if (!option) {
+    for (const auto& [a, value] : commandargs(args, &missing)) {
+        if (!problem.isEmpty())
+            break;
+        if (a.isEmpty()) {
             if (!dir.isEmpty())
-                problem = "one folder at a time (\"" + dir + "\" and \"" + a + "\")";
-            dir = a;
+                problem = "one folder at a time (\"" + dir + "\" and \"" + value + "\")";
+            dir = value;
         } else if (a == QLatin1String("--table")) {
             tables << value;
         } else if (a == QLatin1String("--version")) {
@@ -124,6 +113,8 @@ int cmdpublish(const QStringList& args, Platform& platform, QTextStream& out, QT
             problem = "unknown option " + a;
         }
     }
+    if (problem.isEmpty())
+        problem = missing;
     if (problem.isEmpty() && dir.isEmpty())
         problem = "which folder? Give the folder to publish into";
     if (!problem.isEmpty()) {
