@@ -180,8 +180,11 @@ UpdateReport AppModel::updatetimerfunc()
 {
     // With checks off the timer is left as it is: its next fire date is "never".
     UpdateReport r = updater_->updatetimerfunc();
-    if (r.ran)
+    if (r.ran) {
         setupdatetimer();
+        display_->updatestr = updater_->getlastupdatestr();
+        display_->meowupdatestr = updater_->getnextupdatestr();
+    }
     return r;
 }
 

@@ -34,7 +34,9 @@ Menu Menus::dojourneymenu()
             m.push_back(MenuItem{app_.timetable().gettabledateandname(t)});
     }
     if (app_.amizorb()) {
-        m.push_back(MenuItem{QStringLiteral("pushappupdate")});
+        MenuItem push{QStringLiteral("pushappupdate")};
+        push.action = [this] { app_.publisher().pushappupdate(); };
+        m.push_back(std::move(push));
     }
     MenuItem donate{QStringLiteral("Donate")};
     donate.action = [this] { donateaction(); };

@@ -61,6 +61,9 @@ Input::Input(AppModel& app, Menus& menus) : app_(app), menus_(menus)
     // The scrubber column of the zoomed-in strip scrolls through the same operations.
     app_.display().scrollup = [this] { scrollup(); };
     app_.display().scrolldown = [this] { scrolldown(); };
+    striptables = [this] { app_.publisher().striptables(); };
+    getlastupdatestr = [this] { return app_.updater().getlastupdatestr(); };
+    getnextupdatestr = [this] { return app_.updater().getnextupdatestr(); };
 }
 
 void Input::alert(const QString& text)

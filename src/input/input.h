@@ -80,8 +80,8 @@ public:
     int mymousedowny = -1;
     int mymousedownontile = -1;
 
-    // The debug keys that belong to modules a terminal build may lack (the publisher's
-    // table stripping, the update texts): set by whoever has them.
+    // The debug keys of the publisher's table stripping and the update texts (the
+    // updater's and the publisher's own, unless replaced).
     std::function<void()> striptables;
     std::function<QString()> getlastupdatestr;
     std::function<QString()> getnextupdatestr;

@@ -143,6 +143,7 @@ TEST_F(Updates, TheNextCheckFollowsTheLastSuccessfulOne)
     Updater& u = app->updater();
     app->mylastupdateray.clear();
     EXPECT_EQ(u.getnextupdatetime(), at(24, 9, 0));   // no record: the interval
+    EXPECT_EQ(u.getlastupdatestr(), "");
     app->mylastupdateray = {at(10, 8, 0)};
     EXPECT_EQ(u.getnextupdatetime(), at(17, 8, 0));   // a week after the last: already past
     app->mylastupdateray = {at(23, 20, 0)};
@@ -158,6 +159,8 @@ TEST_F(Updates, TheNextCheckFollowsTheLastSuccessfulOne)
     timers.advanceTo(at(24, 8, 0).plusSeconds(1));
     EXPECT_EQ(app->mylastupdateray, std::vector<Date>{at(24, 8, 0)});
     EXPECT_EQ(timers.fireDate(app->updatetimer), at(24, 9, 0));
+    EXPECT_EQ(app->display().updatestr, "Last update Tue 24 Nov 8:00AM");
+    EXPECT_EQ(app->display().meowupdatestr, "Next update Tue 24 Nov 9:00AM");
     EXPECT_EQ(asked("/pub/"), 1);
     EXPECT_EQ(asked("/op/"), 2);   // trackwork, then service interruptions
 }
