@@ -5,6 +5,7 @@
 #include "fuzzsupport.h"
 
 #include "platform/system/qsettingsdefaults.h"
+#include "platform/system/settingstext.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,12 +20,18 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    // A new path each time: Qt keeps the settings files it has read cached by path.
+    // A new path each time, so no file is left from an earlier input.
     static int run = 0;
     const QString dir = fuzz::home() + "/settings/" + QString::number(run++);
     QDir().mkpath(dir);
     const QString path = dir + "/quendle.conf";
     const QByteArray original = fuzz::bytes(data, size);
+    {
+        // Whatever was read is written so that it reads back the same, undamaged.
+        const SettingsText read = readsettingstext(original);
+        const SettingsText again = readsettingstext(writesettingstext(read.values));
+        fuzz::require(!again.damaged && again.values == read.values, "the text reads back as written");
+    }
     QFile f(path);
     if (!f.open(QIODevice::WriteOnly) || f.write(original) != original.size())
         return 0;

@@ -53,8 +53,7 @@ TEST(Defaults, TextSurvivesANewStoreAndTheFileLivesInTheConfigFolder)
             d.setString(k, v);
         d.synchronize();
     }
-    // Read back from a copy: QSettings keeps files it has seen cached by path, and only a
-    // new path proves the text went through the file.
+    // Read back from a copy: a new path proves the text went through the file.
     ASSERT_TRUE(QFile::copy(home.configDir() + "/quendle/quendle.conf", home.file("copy.conf")));
     QSettingsDefaults again(home.file("copy.conf"));
     for (const auto& [k, v] : values) {

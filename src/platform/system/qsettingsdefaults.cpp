@@ -1,5 +1,6 @@
 #include "platform/system/qsettingsdefaults.h"
 
+#include "platform/system/settingstext.h"
 #include "util/files.h"
 
 #include <QDateTime>
@@ -7,10 +8,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSettings>
+#include <QLockFile>
 #include <QStandardPaths>
-#include <QStringList>
-#include <QTemporaryDir>
 
 #include <sys/stat.h>
 
@@ -30,11 +29,16 @@ QString brokenname(const QString& path)
 
 void say(const QString& text) { qWarning().noquote() << QStringLiteral("quendle: ") + text; }
 
+// How long a synchronize waits for another program that is writing the file. A write takes
+// milliseconds, so a lock older than kLockStaleMs was left by a program that died (one killed
+// between making the lock file and writing its owner into it leaves no owner to ask about).
+constexpr int kLockWaitMs = 5000;
+constexpr int kLockStaleMs = 2000;
+
 } // namespace
 
 QString QSettingsDefaults::defaultFilePath()
 {
-    // Named explicitly: QSettings' own IniFormat name would end in ".ini".
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
         + QStringLiteral("/quendle/quendle.conf");
 }
@@ -43,46 +47,89 @@ QSettingsDefaults::QSettingsDefaults() : QSettingsDefaults(defaultFilePath()) {}
 
 QSettingsDefaults::QSettingsDefaults(const QString& filePath) : path_(filePath)
 {
-    // QSettings would read a FIFO or a device without end: such a thing is moved aside first.
     struct stat st;
     const bool there = ::stat(QFile::encodeName(path_).constData(), &st) == 0;
-    if (there && !S_ISDIR(st.st_mode) && (!S_ISREG(st.st_mode) || st.st_size > kMaxReadBytes)) {
+    if (there && S_ISDIR(st.st_mode)) {
+        blocked_ = true;
+        say(QStringLiteral("the settings file %1 is a folder; settings are not read or saved this time").arg(path_));
+        return;
+    }
+    // A FIFO or a device would be read without end: such a thing is moved aside first.
+    if (there && (!S_ISREG(st.st_mode) || st.st_size > kMaxReadBytes)) {
         const QString aside = brokenname(path_);
         const QString what = S_ISREG(st.st_mode) ? QStringLiteral("larger than %1 MB").arg(kMaxReadBytes >> 20)
                                                  : QStringLiteral("not a regular file");
-        if (QFile::rename(path_, aside)) {
-            brokenCopy_ = aside;
-            say(QStringLiteral("the settings file %1 is %2; it was moved to %3 and the settings start empty")
-                    .arg(path_, what, aside));
-        } else {
+        if (!QFile::rename(path_, aside)) {
             // Cannot be moved: settings live in memory for this run, the file untouched.
-            nowhere_ = std::make_unique<QTemporaryDir>();
             blocked_ = true;
             say(QStringLiteral("the settings file %1 is %2 and cannot be moved aside; settings are not "
                                "read or saved this time")
                     .arg(path_, what));
+            return;
         }
+        brokenCopy_ = aside;
+        say(QStringLiteral("the settings file %1 is %2; it was moved to %3 and the settings start empty")
+                .arg(path_, what, aside));
     }
-    settings_ = std::make_unique<QSettings>(nowhere_ ? nowhere_->filePath("quendle.conf") : path_,
-                                            QSettings::IniFormat);
-    if (settings_->status() == QSettings::FormatError) {
+    load();
+}
+
+QSettingsDefaults::~QSettingsDefaults()
+{
+    if (!pending_.isEmpty())
+        synchronize();
+}
+
+QSettingsDefaults::Stamp QSettingsDefaults::stampof(const QString& path)
+{
+    Stamp s;
+    struct stat st;
+    if (::stat(QFile::encodeName(path).constData(), &st) != 0)
+        return s;
+    s.exists = true;
+    s.dev = st.st_dev;
+    s.ino = st.st_ino;
+    s.size = st.st_size;
+    s.mtimens = static_cast<long long>(st.st_mtim.tv_sec) * 1000000000LL + st.st_mtim.tv_nsec;
+    return s;
+}
+
+void QSettingsDefaults::load()
+{
+    stamp_ = stampof(path_);
+    disk_.clear();
+    damaged_ = false;
+    if (!stamp_.exists)
+        return;
+    QByteArray bytes;
+    QString why;
+    if (!readfilebytes(path_, &bytes, &why)) {
+        // Unreadable is damaged as far as saving goes: never written over unless kept.
         damaged_ = true;
+        say(QStringLiteral("the settings file %1 %2; settings read as empty, and the file is kept as "
+                           "%1.broken-<date and time> before anything is saved over it")
+                .arg(path_, why));
+        return;
+    }
+    SettingsText text = readsettingstext(bytes);
+    disk_ = std::move(text.values);
+    damaged_ = text.damaged;
+    if (damaged_)
         say(QStringLiteral("the settings file %1 is damaged; what cannot be read reads as empty, and the "
                            "file is kept as %1.broken-<date and time> before anything is saved over it")
                 .arg(path_));
-    }
 }
-
-QSettingsDefaults::~QSettingsDefaults() = default;
 
 bool QSettingsDefaults::keepdamaged()
 {
-    if (!damaged_ || blocked_)
-        return !blocked_;
-    damaged_ = false;
+    if (blocked_)
+        return false;
+    if (!damaged_)
+        return true;
     const QString copy = brokenname(path_);
     if (QFile::copy(path_, copy)) {
         brokenCopy_ = copy;
+        damaged_ = false;
         return true;
     }
     blocked_ = true;
@@ -94,46 +141,66 @@ bool QSettingsDefaults::keepdamaged()
 
 bool QSettingsDefaults::contains(const QString& key) const
 {
-    return unsaved_.contains(key) || settings_->contains(key);
+    return pending_.contains(key) || disk_.contains(key);
 }
 
 QString QSettingsDefaults::stringForKey(const QString& key) const
 {
-    if (unsaved_.contains(key))
-        return unsaved_.value(key);
-    const QVariant v = settings_->value(key);
-    if (!v.isValid())
-        return QString();
-    // A hand-edited line "a, b" comes back as a list.
-    if (v.typeId() == QMetaType::QStringList)
-        return v.toStringList().join(QLatin1Char(','));
-    return v.canConvert<QString>() ? v.toString() : QString();
+    const auto it = pending_.constFind(key);
+    return it != pending_.constEnd() ? *it : disk_.value(key);
 }
 
 void QSettingsDefaults::setString(const QString& key, const QString& value)
 {
-    // QSettings writes what it holds when it goes, so a damaged file is kept before the
-    // first change reaches it.
-    if (!keepdamaged()) {
-        unsaved_.insert(key, value);
-        return;
-    }
-    settings_->setValue(key, value);
+    // The damaged file is kept at the first change, before any write can reach it.
+    keepdamaged();
+    pending_.insert(key, value);
 }
 
 void QSettingsDefaults::synchronize()
 {
     if (blocked_)
         return;
+    failed_ = false;
+    if (pending_.isEmpty()) {
+        // Nothing to write: only what another program wrote is taken in.
+        if (!(stampof(path_) == stamp_))
+            load();
+        return;
+    }
     QDir().mkpath(QFileInfo(path_).absolutePath());
-    settings_->sync();
-    if (settings_->status() == QSettings::AccessError)
-        qWarning().noquote() << QStringLiteral("quendle: cannot write the settings file %1").arg(path_);
+    QLockFile lock(path_ + QStringLiteral(".lock"));
+    lock.setStaleLockTime(kLockStaleMs);
+    if (!lock.tryLock(kLockWaitMs)) {
+        failed_ = true;
+        say(QStringLiteral("cannot write the settings file %1: %2")
+                .arg(path_, lock.error() == QLockFile::LockFailedError
+                                ? QStringLiteral("another program keeps it locked")
+                                : QStringLiteral("its lock file %1.lock cannot be made").arg(path_)));
+        return;
+    }
+    if (!(stampof(path_) == stamp_)) {
+        load();
+        if (!keepdamaged())
+            return;
+    }
+    QMap<QString, QString> merged = disk_;
+    for (auto it = pending_.constBegin(); it != pending_.constEnd(); ++it)
+        merged.insert(it.key(), it.value());
+    QString why;
+    if (!replacefile(path_, QString::fromUtf8(writesettingstext(merged)), &why)) {
+        failed_ = true;
+        say(QStringLiteral("cannot write the settings file %1: %2").arg(path_, why));
+        return;
+    }
+    disk_ = std::move(merged);
+    pending_.clear();
+    stamp_ = stampof(path_);
 }
 
 bool QSettingsDefaults::synchronizeFailed() const
 {
-    return blocked_ || settings_->status() == QSettings::AccessError;
+    return blocked_ || failed_;
 }
 
 } // namespace quendle
