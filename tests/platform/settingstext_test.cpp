@@ -39,6 +39,7 @@ const QMap<QString, QString>& awkwardvalues()
         {"lines", "line one\nline two\ttab\r\x01\x1f" + QString(QChar(0)) + "7"},
         {"at", "@Variant(\\0\\0\\0\\x7f)"},
         {"atat", "@@twice"},
+        {"bom", QString::fromUtf8("\uFEFFmark \uFEFF")},
         {"unicode", QString::fromUtf8("Wolli Creek \u2192 St Peters \u00e9 \U0001F686")},
         {"empty", ""},
         {"runinitialsetup", "1"},
@@ -96,6 +97,10 @@ TEST(SettingsText, ReadsAndWritesTheLayoutOfQtsIniSettings)
     EXPECT_EQ(read.values.value("journstrpref"), "Central|Redfern|");
     EXPECT_EQ(read.values.value("myskippref"), "  kept  ");
     EXPECT_EQ(read.values.value("section/key"), "ab");
+    // Slashes part keys as Qt's settings do: empty parts vanish, an empty key is no key.
+    read = readsettingstext("%2F=\n[a//b/]\n\\c=1\n[x]\n%2F%2F=\n");
+    EXPECT_EQ(read.values, (QMap<QString, QString>{{"a/b/c", "1"}}));
+    EXPECT_EQ(readsettingstext(writesettingstext(read.values)).values, read.values);
 }
 
 // Serialized values are where Qt's reader trusts a length from the file: one such line

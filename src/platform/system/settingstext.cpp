@@ -26,7 +26,8 @@ int hexvalue(char c)
 // Text that must be UTF-8; *bad is set when it is not.
 QString fromutf8(QByteArrayView bytes, bool* bad)
 {
-    QStringDecoder utf8(QStringDecoder::Utf8);
+    // A byte order mark inside a value is part of it (the file's own was dropped first).
+    QStringDecoder utf8(QStringDecoder::Utf8, QStringConverter::Flag::ConvertInitialBom);
     QString s = utf8(bytes);
     if (utf8.hasError())
         *bad = true;
@@ -121,6 +122,14 @@ QString unescapekey(QByteArrayView key, bool* bad)
         i = first + digits;
     }
     return out;
+}
+
+// "a//b/" is "a/b", as Qt's settings read it; "" when nothing is left.
+QString normalkey(const QString& key)
+{
+    if (!key.startsWith(u'/') && !key.endsWith(u'/') && !key.contains(QLatin1String("//")))
+        return key;
+    return key.split(u'/', Qt::SkipEmptyParts).join(u'/');
 }
 
 void choptrailingspaces(QString& s, qsizetype limit)
@@ -400,11 +409,12 @@ SettingsText readsettingstext(const QByteArray& bytes)
             bad = true;
             continue;
         }
-        const QString key = unescapekey(d.sliced(start, eq - start).trimmed(), &bad);
-        if (key.isEmpty()) {
+        const QString name = normalkey(unescapekey(d.sliced(start, eq - start).trimmed(), &bad));
+        if (name.isEmpty()) {
             bad = true;
             continue;
         }
+        const QString key = normalkey(section + name);
         str.clear();
         bool serialized = false;
         QString value;
@@ -417,10 +427,10 @@ SettingsText readsettingstext(const QByteArray& bytes)
         }
         if (serialized) {
             bad = true;
-            result.values.remove(section + key);
+            result.values.remove(key);
             continue;
         }
-        result.values.insert(section + key, value);
+        result.values.insert(key, value);
     }
     result.damaged = bad || openquote;
     return result;
