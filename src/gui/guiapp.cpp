@@ -48,6 +48,8 @@ GuiApp::GuiApp(std::optional<Date> start) : s_(std::make_unique<Services>(start)
     platform_.timers = &s_->timers;
     platform_.defaults = &s_->defaults;
     platform_.http = &s_->http;
+    // The strip repaints while a slow server is waited for; its timers wait too.
+    s_->http.keepresponsive([this](bool on) { s_->timers.hold(on); });
     platform_.speech = &s_->speech;
     platform_.alerts = &s_->alerts;
     platform_.browser = &s_->browser;

@@ -2,6 +2,10 @@
 #include "support/loopback_http_server.h"
 #include "support/test_env.h"
 
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QTimer>
+
 #include <gtest/gtest.h>
 
 using namespace quendle;
@@ -85,4 +89,51 @@ TEST(Http, EveryFailureReadsAsEmpty)
     EXPECT_EQ(http.get("not an address"), "");
     // And the same object still works afterwards.
     EXPECT_EQ(http.get(server.url("/small")), QString(1000, 'y'));
+}
+
+// The strip waits for a slow server inside its event loop: the loop goes on (the window
+// repaints) under the owner's hold, and a request to quit meanwhile does not cut the
+// fetch short under the waiting caller.
+TEST(Http, AResponsiveWaitKeepsTheEventLoopGoingUnderAHold)
+{
+    ensureCoreApp();
+    LoopbackHttpServer server;
+    Response slow;
+    slow.body = "late";
+    slow.delayMs = 600;
+    server.route("/slow", slow);
+
+    QtHttp http(5000);
+    std::vector<bool> holds;
+    http.keepresponsive([&](bool on) { holds.push_back(on); });
+    int ticks = 0;
+    QTimer tick;
+    tick.setInterval(20);
+    QObject::connect(&tick, &QTimer::timeout, [&] { ++ticks; });
+
+    // Outside a running event loop: the plain wait, no hold.
+    tick.start();
+    EXPECT_EQ(http.get(server.url("/slow")), "late");
+    EXPECT_TRUE(holds.empty());
+
+    QString got;
+    int ticksduring = -1;
+    QEventLoop loop;
+    QTimer::singleShot(0, &loop, [&] {
+        ticks = 0;
+        got = http.get(server.url("/slow"));
+        ticksduring = ticks;
+        loop.quit();
+    });
+    loop.exec();
+    EXPECT_EQ(got, "late");
+    EXPECT_GT(ticksduring, 5);
+    EXPECT_EQ(holds, (std::vector<bool>{true, false}));
+
+    got.clear();
+    QTimer::singleShot(0, &loop, [&] { got = http.get(server.url("/slow")); });
+    QTimer::singleShot(100, &loop, [] { QCoreApplication::exit(0); });
+    loop.exec();
+    EXPECT_EQ(got, "late");
+    EXPECT_EQ(http.lastError(), "");
 }

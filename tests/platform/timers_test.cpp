@@ -227,6 +227,19 @@ TEST(QtTimers, FireOnTheEventLoopByTheClock)
     QCoreApplication::processEvents();
     EXPECT_EQ(minutely, 1);
     EXPECT_EQ(jumpy.fireDate(m), kStart.plusSeconds(3660));
+
+    // Held (twice, as nested waits hold), nothing fires; what fell due fires at the release.
+    jumpy.hold(true);
+    jumpy.hold(true);
+    clock.advance(60);
+    jumpy.recheck();
+    for (int i = 0; i < 20; ++i)
+        QCoreApplication::processEvents();
+    jumpy.hold(false);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(minutely, 1);
+    jumpy.hold(false);
+    EXPECT_TRUE(waitUntil([&] { return minutely == 2; }));
 }
 
 // An owner that re-arms its timer for the passed instant it was just fired for (the view

@@ -6,6 +6,7 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+#include <QSemaphore>
 #include <QStringDecoder>
 #include <QThread>
 #include <QTimer>
@@ -155,11 +156,28 @@ QString QtHttp::fetch(const QString& address, const QByteArray* formBody, qint64
         const int timeoutMs = timeoutMs_;
         const qint64 maxBytes = maxBytesAllowed;
         Worker* worker = worker_;
+        // The caller's stack outlives the request: it waits for done before it returns,
+        // whether or not its event loop is asked to quit meanwhile.
+        QSemaphore done;
+        QEventLoop wait;
+        const bool responsive = hold_ && QThread::currentThread() == QCoreApplication::instance()->thread()
+            && QThread::currentThread()->loopLevel() > 0;
         QMetaObject::invokeMethod(
-            worker_, [&out, worker, url, formBody, timeoutMs, maxBytes] {
+            worker_,
+            [&out, &done, &wait, responsive, worker, url, formBody, timeoutMs, maxBytes] {
                 out = worker->fetch(url, formBody, timeoutMs, maxBytes);
+                if (responsive)
+                    QMetaObject::invokeMethod(&wait, &QEventLoop::quit, Qt::QueuedConnection);
+                done.release();
             },
-            Qt::BlockingQueuedConnection);
+            Qt::QueuedConnection);
+        if (responsive) {
+            hold_(true);
+            if (!done.available())
+                wait.exec(QEventLoop::ExcludeUserInputEvents | QEventLoop::ExcludeSocketNotifiers);
+            hold_(false);
+        }
+        done.acquire();
         lastError_ = out.error;
     }
     if (!lastError_.isEmpty()) {

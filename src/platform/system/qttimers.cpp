@@ -23,6 +23,13 @@ void QtTimers::recheck()
         wake_.start(0);
 }
 
+void QtTimers::hold(bool on)
+{
+    held_ += on ? 1 : -1;
+    if (held_ == 0)
+        recheck();
+}
+
 void QtTimers::rearm()
 {
     if (dispatching_)
@@ -40,8 +47,8 @@ void QtTimers::rearm()
 
 void QtTimers::dispatch()
 {
-    if (dispatching_)
-        return;
+    if (dispatching_ || held_ > 0)
+        return;   // a held dispatch happens at the release
     dispatching_ = true;
     struct Done {
         QtTimers* self;

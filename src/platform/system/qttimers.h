@@ -34,6 +34,10 @@ public:
     // next wake-up; worth calling after a wake from sleep or a clock change.
     void recheck() override;
 
+    // While held (the calls nest), no timer fires: for a wait that keeps the event loop
+    // going, such as a fetch that lets the window repaint. What fell due fires after.
+    void hold(bool on);
+
 private:
     void changed() override { rearm(); }
     void rearm();
@@ -42,6 +46,7 @@ private:
     const Clock& clock_;
     QTimer wake_;
     bool dispatching_ = false;
+    int held_ = 0;
 };
 
 } // namespace quendle
