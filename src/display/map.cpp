@@ -145,7 +145,7 @@ void Display::drawnewmappoints()
     int stops = 0;
     for (int leg = 0; leg < static_cast<int>(j_.myindexes.size()); ++leg)
         if (const Service* s = shownservice(leg))
-            stops += static_cast<int>(s->stopnums.size());
+            stops += static_cast<int>(s->stopnums().size());
     stopsonthistrip = stops;
     painttimer = timers_.schedule(0, true, [this] { painttimerfunc(); });
 }
@@ -183,8 +183,9 @@ std::vector<MapStop> Display::mapstops() const
         if (!s)
             continue;
         const Rgba colour = validline(s->linenum) ? tt_.linesmute[s->linenum].nscol : Rgba{0, 0, 0, 1};
-        for (int k = 0; k < static_cast<int>(s->stopnums.size()); ++k)
-            out.push_back(MapStop{s->stopnums[k], colour, ++count, k == 0});
+        const std::vector<int> stops = s->stopnums();
+        for (int k = 0; k < static_cast<int>(stops.size()); ++k)
+            out.push_back(MapStop{stops[k], colour, ++count, k == 0});
     }
     return out;
 }

@@ -154,10 +154,12 @@ QString Display::getstopsstr() const
         const Service* s = shownservice(leg);
         if (!s)
             continue;
-        for (int k = 0; k < static_cast<int>(s->stopnums.size()); ++k) {
+        const std::vector<int> stops = s->stopnums();
+        const std::vector<Date> times = s->stoptimes();
+        for (int k = 0; k < static_cast<int>(stops.size()); ++k) {
             out += QStringLiteral("\n stopping ");
-            if (within(s->stoptimes, k))
-                out += tt_.stnnumtoname(s->stopnums[k]) + relativedate(s->stoptimes[k], present);
+            if (within(times, k))
+                out += tt_.stnnumtoname(stops[k]) + relativedate(times[k], present);
         }
     }
     return out;

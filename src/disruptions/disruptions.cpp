@@ -184,8 +184,10 @@ void Disruptions::debugthistime()
         if (!s)
             continue;
         stops += QStringLiteral("leg %1, %2:").arg(leg).arg(tt_.linenumtoname(s->linenum));
-        for (size_t k = 0; k < s->stopnums.size() && k < s->stoptimes.size(); ++k)
-            stops += "\n  " + tt_.stnnumtoname(s->stopnums[k]) + " " + datetoshrtstr(s->stoptimes[k]);
+        const std::vector<int> nums = s->stopnums();
+        const std::vector<Date> times = s->stoptimes();
+        for (size_t k = 0; k < nums.size() && k < times.size(); ++k)
+            stops += "\n  " + tt_.stnnumtoname(nums[k]) + " " + datetoshrtstr(times[k]);
         stops += '\n';
         if (clip.isEmpty())
             clip = s->debugstops();

@@ -7,11 +7,13 @@
 #include "platform/host.h"
 #include "platform/timers.h"
 #include "timetable/timetable.h"
+#include "util/dates.h"
 #include "util/viewstate.h"
 
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <vector>
 
 namespace quendle {
@@ -40,6 +42,19 @@ struct ChangeCandidate {
     int dist = 0;
 };
 
+// Where a service's stops come from: one line's rows for one day, that line's stations
+// and the day's clocks. Shared by every service made from them, so that the thousands of
+// services of a recalculation cost no list of their own until one is asked for its stops.
+struct StopSource {
+    StopSource(RowsPtr r, std::vector<int> s, const ServiceDayClock& day, const ServiceDayClock& next)
+        : rows(std::move(r)), stnints(std::move(s)), today(day), tomorrow(next)
+    {
+    }
+    RowsPtr rows;
+    std::vector<int> stnints;
+    ServiceDayClock today, tomorrow;
+};
+
 struct Service {
     int linenum = 0;
     int depint = 0;
@@ -48,13 +63,17 @@ struct Service {
     Date desttime;
     int depcrossedmid = 0;
     int destcrossedmid = 0;
-    std::vector<int> stopnums;
-    std::vector<Date> stoptimes;
     QStringList stopsh;     // always empty
     QStringList stopsv;     // always empty
+    std::shared_ptr<const StopSource> source;
+    int row = -1;   // in source->rows
+
+    // The stations served from the leg's first to its second station, and when.
+    std::vector<int> stopnums() const;
+    std::vector<Date> stoptimes() const;
     // Every raw time from the leg's first to its second station, unserved ones as -1.
-    std::vector<int> rawstops;
-    // The same as text, each time followed by ",": made when asked, not for every service.
+    std::vector<int> rawstops() const;
+    // The same as text, each time followed by ",".
     QString debugstops() const;
 };
 

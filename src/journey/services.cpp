@@ -12,10 +12,65 @@
 
 namespace quendle {
 
+namespace {
+
+// The row's times from the first to the second station, or nothing for a service made
+// without a source.
+const Row* rowof(const Service& s)
+{
+    if (!s.source || !s.source->rows || s.row < 0 || s.row >= static_cast<int>(s.source->rows->size()))
+        return nullptr;
+    const Row& r = (*s.source->rows)[s.row];
+    return s.depint >= 0 && s.depint <= s.destint && s.destint < static_cast<int>(r.size()) ? &r : nullptr;
+}
+
+} // namespace
+
+std::vector<int> Service::rawstops() const
+{
+    std::vector<int> out;
+    if (const Row* r = rowof(*this))
+        out.assign(r->begin() + depint, r->begin() + destint + 1);
+    return out;
+}
+
+std::vector<int> Service::stopnums() const
+{
+    std::vector<int> out;
+    if (const Row* r = rowof(*this)) {
+        for (int p = depint; p <= destint; ++p)
+            if ((*r)[p] != -1 && p < static_cast<int>(source->stnints.size()))
+                out.push_back(source->stnints[p]);
+    }
+    return out;
+}
+
+std::vector<Date> Service::stoptimes() const
+{
+    std::vector<Date> out;
+    const Row* r = rowof(*this);
+    if (!r)
+        return out;
+    // As the services were made: a fall of more than five hours between two stops means
+    // the rest of the stops are after midnight.
+    bool crossed = depcrossedmid != 0;
+    int previous = 2511;
+    for (int p = depint; p <= destint; ++p) {
+        const int t = (*r)[p];
+        if (t == -1)
+            continue;
+        if (previous < 2400 && int64_t(t) - previous < -500)
+            crossed = true;
+        out.push_back(crossed ? source->tomorrow.at(t) : source->today.at(t));
+        previous = t;
+    }
+    return out;
+}
+
 QString Service::debugstops() const
 {
     QString out;
-    for (int t : rawstops)
+    for (int t : rawstops())
         out += QString::number(t) + QLatin1Char(',');
     return out;
 }
@@ -27,18 +82,35 @@ std::vector<Service> Journey::getallservsnewer(int leg)
         return collected;
     const std::vector<LineMatch> matches = getlinematches(myjournstr[leg], myjournstr[leg + 1]);
     const Date start = now();
+    // Each day's rows of each match, fetched first so that the records are made in place
+    // once: growing the list would move every record made so far, again and again.
+    std::vector<RowsPtr> dayrows;
+    size_t rowcount = 0;
+    for (int d = 0; d < lummaxdaystosrch; ++d) {
+        const Date day = adddaystodate(start, d);
+        for (const LineMatch& m : matches) {
+            dayrows.push_back(tt_.getthislinetimesnew(m.matchlinename, day, m.linenum));
+            rowcount += dayrows.back() ? dayrows.back()->size() : 0;
+        }
+    }
+    collected.reserve(rowcount);
     for (int d = 0; d < lummaxdaystosrch; ++d) {
         const Date day = adddaystodate(start, d);
         const ServiceDayClock today(day);
         const ServiceDayClock tomorrow(adddaystodate(day, 1));
-        for (const LineMatch& m : matches) {
+        for (size_t mi = 0; mi < matches.size(); ++mi) {
+            const LineMatch& m = matches[mi];
             const int dep = m.depint, dest = m.destint;
-            const RowsPtr rows = tt_.getthislinetimesnew(m.matchlinename, day, m.linenum);
-            const std::vector<int>& stnints = tt_.linesmute[m.linenum].stnints;
+            const RowsPtr& rows = dayrows[d * matches.size() + mi];
+            if (!rows || rows->empty())
+                continue;
+            const auto source =
+                std::make_shared<const StopSource>(rows, tt_.linesmute[m.linenum].stnints, today, tomorrow);
             // 9900 is past 2400, so the first service never counts as crossing midnight.
             int lastDep = 9900, lastArr = 9900;
             bool depCrossed = false, arrCrossed = false;
-            for (const Row& s : *rows) {
+            for (int r = 0; r < static_cast<int>(rows->size()); ++r) {
+                const Row& s = (*rows)[r];
                 if (!(dep < static_cast<int>(s.size()) && dest < static_cast<int>(s.size())))
                     continue;
                 const int d0 = s[dep], a0 = s[dest];
@@ -55,25 +127,22 @@ std::vector<Service> Journey::getallservsnewer(int leg)
                 sv.linenum = m.linenum;
                 sv.depint = dep;
                 sv.destint = dest;
+                sv.source = source;
+                sv.row = r;
                 sv.deptime = zerosecondsdate(today.at(d0));
                 if (depCrossed)
                     sv.deptime = adddaystodate(sv.deptime, 1);
+                // The stops themselves are listed when asked (Service::stoptimes); whether
+                // one of them falls after midnight decides the arrival's day here.
                 bool stopCrossed = depCrossed;
                 int previous = 2511;
-                sv.rawstops.reserve(dest - dep + 1);
-                sv.stopnums.reserve(dest - dep + 1);
-                sv.stoptimes.reserve(dest - dep + 1);
-                for (int p = dep; p <= dest; ++p) {
+                for (int p = dep; p <= dest && !stopCrossed; ++p) {
                     const int t = s[p];
-                    sv.rawstops.push_back(t);
                     if (t == -1)
                         continue;
                     if (previous < 2400 && int64_t(t) - previous < -500)
                         stopCrossed = true;
-                    sv.stoptimes.push_back(stopCrossed ? tomorrow.at(t) : today.at(t));
                     previous = t;
-                    if (p < static_cast<int>(stnints.size()))
-                        sv.stopnums.push_back(stnints[p]);
                 }
                 sv.desttime = today.at(a0);
                 if (arrCrossed || stopCrossed)

@@ -78,7 +78,7 @@ TEST_F(DisplayTest, TitlesAndColumnsOfTheZoomedInRows)
                                        + " arrive " + datetoshrtstr(shown(1).desttime) + wait + t.travelstr);
     EXPECT_TRUE(d().getstopsstr().startsWith("\n stopping Bondi Junction"));
     EXPECT_EQ(d().getstopsstr().count("\n stopping "),
-              static_cast<qsizetype>(shown(0).stopnums.size() + shown(1).stopnums.size()));
+              static_cast<qsizetype>(shown(0).stopnums().size() + shown(1).stopnums().size()));
 }
 
 TEST_F(DisplayTest, OneLegJourneyHasNoSummaryLineAndEmptyStateHasPlaceholders)
@@ -377,7 +377,7 @@ TEST_F(DisplayTest, ProgressiveDrawingCounters)
 
     j().myjournstr = {"Bondi Junction", "Central", "Strathfield"};
     app->calctripoptimizelater();
-    const int stops = static_cast<int>(shown(0).stopnums.size() + shown(1).stopnums.size());
+    const int stops = static_cast<int>(shown(0).stopnums().size() + shown(1).stopnums().size());
     EXPECT_EQ(d().stopsonthistrip, stops);
     EXPECT_EQ(d().numtopaint, 0);
     EXPECT_EQ(static_cast<int>(d().mapstops().size()), stops);

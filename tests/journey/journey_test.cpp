@@ -78,12 +78,12 @@ TEST_F(JourneyTest, ServicesAfterMidnightMoveToTheNextDay)
     EXPECT_EQ(leg[0].desttime, at(23, 45, 17));
     EXPECT_EQ(leg[1].deptime, at(23, 55));
     EXPECT_EQ(leg[1].desttime, at(0, 3, 17, 11));
-    EXPECT_EQ(leg[1].stoptimes.back(), at(0, 3, 17, 11));
-    EXPECT_EQ(leg[1].stoptimes.front(), at(23, 55, 17));
+    EXPECT_EQ(leg[1].stoptimes().back(), at(0, 3, 17, 11));
+    EXPECT_EQ(leg[1].stoptimes().front(), at(23, 55, 17));
     EXPECT_EQ(leg[1].depcrossedmid, 0);
     EXPECT_EQ(leg[1].destcrossedmid, 0);
     EXPECT_EQ(leg[1].debugstops(), "2355,2359,3,");
-    EXPECT_EQ(leg[1].stopnums.size(), 3u);
+    EXPECT_EQ(leg[1].stopnums().size(), 3u);
     EXPECT_EQ(leg[2].deptime, at(0, 5, 0, 11));
     EXPECT_EQ(leg[2].desttime, at(0, 20, 17, 11));
     EXPECT_EQ(leg[2].depcrossedmid, 1);
