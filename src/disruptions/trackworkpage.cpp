@@ -27,21 +27,7 @@ bool lineterminator(QChar c)
     return (u >= 0x0a && u <= 0x0d) || u == 0x85 || u == 0x2028 || u == 0x2029;
 }
 
-// A value as a property-list description writes it: bare when it is a plain word.
-QString describevalue(const QString& v)
-{
-    bool bare = !v.isEmpty();
-    for (QChar c : v)
-        if (!(c.isLetterOrNumber() || c == '_' || c == '.' || c == '/' || c == '$'))
-            bare = false;
-    if (bare)
-        return v;
-    QString q = v;
-    q.replace('\\', QStringLiteral("\\\\")).replace('"', QStringLiteral("\\\""));
-    return '"' + q + '"';
-}
-
-QString indent(int level) { return QString(level * 4, ' '); }
+QString indent(int level) { return describeindent(level); }
 
 QString describepositions(const LinePositions& p, int level)
 {

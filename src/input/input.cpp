@@ -9,21 +9,7 @@ namespace {
 
 constexpr double kZoomInAfterScroll = 21;
 
-// A value as a property-list description writes it: bare when it is a plain word.
-QString describevalue(const QString& v)
-{
-    bool bare = !v.isEmpty();
-    for (QChar c : v)
-        if (!(c.isLetterOrNumber() || c == '_' || c == '.' || c == '/' || c == '$'))
-            bare = false;
-    if (bare)
-        return v;
-    QString q = v;
-    q.replace('\\', QStringLiteral("\\\\")).replace('"', QStringLiteral("\\\""));
-    return '"' + q + '"';
-}
-
-QString indent(int level) { return QString(level * 4, ' '); }
+QString indent(int level) { return describeindent(level); }
 
 // A list of already described entries, at a nesting level.
 QString describelist(const QStringList& entries, int level)

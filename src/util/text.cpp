@@ -363,4 +363,19 @@ float coordvalue(const QString& text)
     return std::isfinite(v) && std::abs(v) <= 360.0f ? v : 0.0f;
 }
 
+QString describevalue(const QString& value)
+{
+    bool bare = !value.isEmpty();
+    for (QChar c : value)
+        if (!(c.isLetterOrNumber() || c == '_' || c == '.' || c == '/' || c == '$'))
+            bare = false;
+    if (bare)
+        return value;
+    QString q = value;
+    q.replace('\\', QStringLiteral("\\\\")).replace('"', QStringLiteral("\\\""));
+    return '"' + q + '"';
+}
+
+QString describeindent(int level) { return QString(level * 4, ' '); }
+
 } // namespace quendle

@@ -48,4 +48,10 @@ float floatvalue(const QString& text);
 // (beyond 360, or not finite) reads as 0, as an unknown "?" does.
 float coordvalue(const QString& text);
 
+// The debug alerts show values as a property-list description writes them: a plain word
+// bare, anything else quoted with its quotes and backslashes escaped; nesting indented by
+// four spaces a level.
+QString describevalue(const QString& value);
+QString describeindent(int level);
+
 } // namespace quendle
