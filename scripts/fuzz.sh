@@ -41,6 +41,11 @@ runone() {
   local log="$build/logs/$t.log"
   rm -f "$build/logs/$t.status"
   mkdir -p "$work" "$art" "$(dirname "$log")" "$seeds"
+  # The pages the tests keep are seeds as well, taken from where they are, not copied here.
+  case $t in
+    trackworkpage) cp -n "$root/tests/data/trackwork.html" "$work/" || true ;;
+    timetablepage) cp -n "$root"/tests/data/publisher/*.html "$work/" || true ;;
+  esac
   local dict=()
   if [ -f "$root/fuzz/$t.dict" ]; then dict=(-dict="$root/fuzz/$t.dict"); fi
   local status=0
